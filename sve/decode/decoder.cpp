@@ -1,0 +1,80 @@
+#include "sve/decode/decoder.h"
+
+#include "sve/client/statistics.h"
+#include "sve/decode/opcode_rows.h"
+
+namespace {
+
+// A map of all rows that belong to it.
+decode_map build_map(decode_map_id id) {
+    decode_map map;
+    for_each_opcode([&](const opcode_row& row) {
+        if (row.map == id)
+            map.emplace(row.key, row.stub);
+    });
+    return map;
+}
+
+} // namespace
+
+#define DECODE_MAP(slices, is_sve_order, execute_order, rows)                                                \
+    decode_map decode_map__##slices = build_map(decode_map_id::map_##slices);
+#include "sve/decode/maps.def"
+#undef DECODE_MAP
+
+namespace {
+
+// The maps by number.
+decode_map* const maps[decode_map_count] = {
+#define DECODE_MAP(slices, is_sve_order, execute_order, rows) &decode_map__##slices,
+#include "sve/decode/maps.def"
+#undef DECODE_MAP
+};
+
+using look_up_order = std::array<int, decode_map_count>;
+
+// The numbers of the maps in the order in which a look-up function consults them.
+constexpr look_up_order order_by(int map_description::*place) {
+    look_up_order order = {};
+    for (int i = 0; i < decode_map_count; ++i)
+        order[static_cast<std::size_t>(map_descriptions[i].*place - 1)] = i;
+    return order;
+}
+constexpr look_up_order is_sve_order = order_by(&map_description::is_sve_order);
+constexpr look_up_order execute_order = order_by(&map_description::execute_order);
+
+opcode_stub look_up(const look_up_order& order, unsigned int word) {
+    for (const int number : order) {
+        const decode_map& map = *maps[number];
+        const auto row = map.find(map_key(map_descriptions[number], word));
+        if (row != map.end())
+            return row->second;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+opcode_stub is_sve(unsigned int word) { return look_up(is_sve_order, word); }
+
+aarch64_decode_rc execute_sve_instruction(cpu_state* state) {
+    const unsigned int word = *state->pc;
+    const opcode_stub stub = look_up(execute_order, word);
+    if (stub == nullptr)
+        return aarch64_not_emulated;
+    const aarch64_decode_rc result = stub(state, word);
+    if (result != aarch64_emulated)
+        return result;
+    update_sve_stats(state->pc, word);
+    ++state->pc;
+    return aarch64_emulated;
+}
+
+const char* opcode_name(opcode_stub stub) {
+    const char* name = nullptr;
+    for_each_opcode([&](const opcode_row& row) {
+        if (row.stub == stub)
+            name = row.name;
+    });
+    return name;
+}

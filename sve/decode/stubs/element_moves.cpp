@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/element_moves.def"
+#define OPCODE_ROWS element_moves_rows
+#include "sve/decode/stubs.inc"

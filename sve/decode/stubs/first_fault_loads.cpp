@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/first_fault_loads.def"
+#define OPCODE_ROWS first_fault_loads_rows
+#include "sve/decode/stubs.inc"

@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/fp_compares.def"
+#define OPCODE_ROWS fp_compares_rows
+#include "sve/decode/stubs.inc"

@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/fp_conversions.def"
+#define OPCODE_ROWS fp_conversions_rows
+#include "sve/decode/stubs.inc"

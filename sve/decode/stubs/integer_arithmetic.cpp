@@ -1,0 +1,5 @@
+#include "sve/handlers/integer_arithmetic.h"
+
+#define OPCODE_TABLE "sve/decode/opcodes/integer_arithmetic.def"
+#define OPCODE_ROWS integer_arithmetic_rows
+#include "sve/decode/stubs.inc"

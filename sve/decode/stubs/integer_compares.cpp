@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/integer_compares.def"
+#define OPCODE_ROWS integer_compares_rows
+#include "sve/decode/stubs.inc"

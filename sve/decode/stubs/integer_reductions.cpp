@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/integer_reductions.def"
+#define OPCODE_ROWS integer_reductions_rows
+#include "sve/decode/stubs.inc"

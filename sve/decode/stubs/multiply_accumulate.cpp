@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/multiply_accumulate.def"
+#define OPCODE_ROWS multiply_accumulate_rows
+#include "sve/decode/stubs.inc"

@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/permutes.def"
+#define OPCODE_ROWS permutes_rows
+#include "sve/decode/stubs.inc"

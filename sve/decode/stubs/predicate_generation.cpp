@@ -1,0 +1,6 @@
+#include "sve/handlers/predicate_flags.h"
+#include "sve/handlers/predicate_generation.h"
+
+#define OPCODE_TABLE "sve/decode/opcodes/predicate_generation.def"
+#define OPCODE_ROWS predicate_generation_rows
+#include "sve/decode/stubs.inc"

@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/structured_memory.def"
+#define OPCODE_ROWS structured_memory_rows
+#include "sve/decode/stubs.inc"

@@ -1,0 +1,3 @@
+#define OPCODE_TABLE "sve/decode/opcodes/unary_integer.def"
+#define OPCODE_ROWS unary_integer_rows
+#include "sve/decode/stubs.inc"
