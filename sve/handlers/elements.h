@@ -1,0 +1,121 @@
+// The vocabulary in which handlers are written: a register row as eight 16-byte host vectors, the predicate
+// of a row as lane masks, and the dispatch from an element-size code to an element type.
+//
+// Everything here is data-parallel and without branches: a handler loads whole rows, computes all lanes,
+// blends by the mask, and stores the whole result at the end, which makes every aliasing of its operands
+// correct.
+#pragma once
+
+#include "sve/decode/cpu_state.h"
+
+#include <cstring>
+#include <type_traits>
+
+inline constexpr int chunk_bytes = 16;
+inline constexpr int chunks_per_row = vector_bytes / chunk_bytes;
+
+// A host vector of 16 bytes holding elements of the given type.
+template <class Element> using chunk __attribute__((vector_size(chunk_bytes))) = Element;
+
+// The same where it stands in memory, at any address. Rows are accessed through this type and not by memcpy,
+// because only then does GCC join neighbouring accesses into pairs.
+// The type is a member of a class, since Clang forgets the alignment of a template alias.
+template <class Element> struct unaligned_chunk_of {
+    using type __attribute__((aligned(1), may_alias)) = chunk<Element>;
+};
+template <class Element> using unaligned_chunk = typename unaligned_chunk_of<Element>::type;
+
+template <class Element>
+inline constexpr int elements_per_row = vector_bytes / static_cast<int>(sizeof(Element));
+
+// Chunk `index` of a register or predicate row. Rows are read and written a chunk at a time, never as one
+// copy of 128 bytes, so that the compiler keeps them in vector registers.
+template <class Element> inline chunk<Element> load_chunk(const std::uint8_t* row_bytes, int index) {
+    return *reinterpret_cast<const unaligned_chunk<Element>*>(row_bytes + index * chunk_bytes);
+}
+
+// A row computed but not yet stored.
+template <class Element> struct row { chunk<Element> part[chunks_per_row]; };
+
+template <class Element> inline void store_row(std::uint8_t* row_bytes, const row<Element>& value) {
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i)
+        *reinterpret_cast<unaligned_chunk<Element>*>(row_bytes + i * chunk_bytes) = value.part[i];
+}
+
+// Computes every chunk of a row from its index, and only then stores the row: `body` may read any register.
+template <class Element, class Body>
+inline aarch64_decode_rc compute_row(std::uint8_t* destination, Body body) {
+    row<Element> result;
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i)
+        result.part[i] = body(i);
+    store_row(destination, result);
+    return aarch64_emulated;
+}
+
+// All bits set in each lane whose predicate element is active: the low bit of the lane read as one
+// little-endian unit.
+template <class Element> inline chunk<Element> active_lanes(const std::uint8_t* predicate, int index) {
+    const chunk<Element> lanes = load_chunk<Element>(predicate, index);
+    return (chunk<Element>)((lanes & 1) != 0);
+}
+
+// The low bit of each element's predicate lane, in 64 bits of a predicate row.
+template <class Element>
+inline constexpr std::uint64_t element_lane_bits = sizeof(Element) == 1   ? 0x0101010101010101
+                                                   : sizeof(Element) == 2 ? 0x0001000100010001
+                                                   : sizeof(Element) == 4 ? 0x0000000100000001
+                                                                          : 1;
+
+// `active` where the mask's bits are set, `inactive` elsewhere.
+template <class Element>
+inline chunk<Element> blend(chunk<Element> mask, chunk<Element> active, chunk<Element> inactive) {
+    return (mask & active) | (~mask & inactive);
+}
+
+// The value in every lane.
+template <class Element> inline chunk<Element> broadcast(Element value) { return chunk<Element>{} + value; }
+
+// One element of a row, for the few operations that have no data-parallel form.
+template <class Element> inline Element load_element(const std::uint8_t* row_bytes, int index) {
+    Element value;
+    std::memcpy(&value, row_bytes + index * sizeof(Element), sizeof(Element));
+    return value;
+}
+
+// Calls `body` with a value of the element type that an element-size code selects. Codes are tested in the
+// order word, doubleword, halfword; anything else is bytes. Always inlined, because the captures of `body`
+// would have to go through memory otherwise.
+template <class Byte, class Halfword, class Word, class Doubleword, class Body>
+[[gnu::always_inline]] inline aarch64_decode_rc dispatch_elements(int size_code, Body body) {
+    switch (size_code) {
+    case word_elements:
+        return body(Word{});
+    case doubleword_elements:
+        return body(Doubleword{});
+    case halfword_elements:
+        return body(Halfword{});
+    default:
+        return body(Byte{});
+    }
+}
+template <class Body>
+[[gnu::always_inline]] inline aarch64_decode_rc dispatch_unsigned(int size_code, Body body) {
+    return dispatch_elements<std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>(size_code, body);
+}
+template <class Body>
+[[gnu::always_inline]] inline aarch64_decode_rc dispatch_signed(int size_code, Body body) {
+    return dispatch_elements<std::int8_t, std::int16_t, std::int32_t, std::int64_t>(size_code, body);
+}
+
+// zdn = predicate ? operation(zdn, zm) : zdn, lane by lane; `operation` works on whole chunks.
+template <class Element, class Operation>
+inline aarch64_decode_rc merge_binary(std::uint8_t* zdn, const std::uint8_t* pg, const std::uint8_t* zm,
+                                      Operation operation) {
+    return compute_row<Element>(zdn, [&](int i) {
+        const chunk<Element> a = load_chunk<Element>(zdn, i);
+        const chunk<Element> b = load_chunk<Element>(zm, i);
+        return blend<Element>(active_lanes<Element>(pg, i), operation(a, b), a);
+    });
+}
