@@ -1,0 +1,160 @@
+#include "sve/handlers/element_counts.h"
+
+#include "sve/handlers/elements.h"
+#include "sve/library/predicate_patterns.h"
+
+#include <array>
+
+namespace {
+
+template <int elements> constexpr auto make_pattern_lengths() {
+    std::array<std::uint8_t, 32> lengths{};
+    for (unsigned int pattern = 0; pattern < lengths.size(); ++pattern)
+        lengths[pattern] = static_cast<std::uint8_t>(predicate_pattern_length(pattern, elements));
+    return lengths;
+}
+
+// The number of elements that each of the 32 patterns selects in a vector of `elements` elements.
+template <int elements>
+constexpr std::array<std::uint8_t, 32> pattern_lengths = make_pattern_lengths<elements>();
+
+// Multiplier times the number of elements of the type that the pattern selects.
+template <class Element> std::uint64_t pattern_step(int pattern, int multiplier) {
+    return std::uint64_t{pattern_lengths<elements_per_row<Element>>[pattern & 31]} *
+           static_cast<std::uint64_t>(multiplier);
+}
+
+aarch64_decode_rc add_to_register(cpu_state* state, aarch64_i_reg rdn, std::uint64_t step) {
+    write_register(state, rdn, read_register(state, rdn) + step);
+    return aarch64_emulated;
+}
+
+template <class Element>
+aarch64_decode_rc add_to_elements(cpu_state* state, aarch64_z_reg zdn, std::uint64_t step) {
+    std::uint8_t* row_bytes = state->z[zdn.reg];
+    const chunk<Element> steps = broadcast(static_cast<Element>(step));
+    return compute_row<Element>(row_bytes, [&](int i) { return load_chunk<Element>(row_bytes, i) + steps; });
+}
+
+template <class Register>
+aarch64_decode_rc sve_uqdec(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier,
+                            int log2_element_bytes) {
+    const auto value = static_cast<Register>(read_register(state, rdn));
+    const auto step = static_cast<Register>(
+        predicate_pattern_length(static_cast<unsigned long>(pattern), vector_bytes >> log2_element_bytes) *
+        multiplier);
+    write_register(state, rdn, value > step ? value - step : 0);
+    return aarch64_emulated;
+}
+
+// In each 64 bits of a predicate, the bits that stand for an element of the size.
+std::uint64_t element_bits(int size_code) {
+    switch (size_code) {
+    case word_elements:
+        return 0x0000000100000001;
+    case doubleword_elements:
+        return 0x0000000000000001;
+    case halfword_elements:
+        return 0x0001000100010001;
+    default:
+        return 0x0101010101010101;
+    }
+}
+
+// The number of elements whose bits are set in `predicate_chunk` of every chunk index.
+template <class PredicateChunk> std::uint64_t count_active(int size_code, PredicateChunk predicate_chunk) {
+    const chunk<std::uint64_t> bits = broadcast(element_bits(size_code));
+    chunk<std::uint8_t> sums{};
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i)
+        sums += (chunk<std::uint8_t>)(predicate_chunk(i) & bits);
+    // Each byte holds at most 8; the multiplication adds up the eight bytes of each half, at most 128 in all.
+    const auto halves = (chunk<std::uint64_t>)sums;
+    return ((halves[0] + halves[1]) * 0x0101010101010101) >> 56;
+}
+
+// Bytes in `imm` vectors.
+std::int64_t vectors(int imm) { return std::int64_t{imm * vector_bytes}; }
+
+} // namespace
+
+aarch64_decode_rc sve_incb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, pattern_step<std::uint8_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_inch_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, pattern_step<std::uint16_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_incw_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, pattern_step<std::uint32_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_incd_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, pattern_step<std::uint64_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_decb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, -pattern_step<std::uint8_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_dech_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, -pattern_step<std::uint16_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_decw_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, -pattern_step<std::uint32_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_decd_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    return add_to_register(state, rdn, -pattern_step<std::uint64_t>(pattern, multiplier));
+}
+
+aarch64_decode_rc sve_inch_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint16_t>(state, zdn, pattern_step<std::uint16_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_incw_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint32_t>(state, zdn, pattern_step<std::uint32_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_incd_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint64_t>(state, zdn, pattern_step<std::uint64_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_dech_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint16_t>(state, zdn, -pattern_step<std::uint16_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_decw_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint32_t>(state, zdn, -pattern_step<std::uint32_t>(pattern, multiplier));
+}
+aarch64_decode_rc sve_decd_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
+    return add_to_elements<std::uint64_t>(state, zdn, -pattern_step<std::uint64_t>(pattern, multiplier));
+}
+
+aarch64_decode_rc sve_uqdecb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
+    constexpr int log2_of_a_byte = 0;
+    if (rdn.dest_kind == doubleword_elements)
+        return sve_uqdec<std::uint64_t>(state, rdn, pattern, multiplier, log2_of_a_byte);
+    return sve_uqdec<std::uint32_t>(state, rdn, pattern, multiplier, log2_of_a_byte);
+}
+
+aarch64_decode_rc sve_incp_rp(cpu_state* state, aarch64_i_reg rdn, aarch64_p_reg pm) {
+    const std::uint8_t* predicate = state->p[pm.reg];
+    const std::uint64_t active =
+        count_active(pm.kind, [&](int i) { return load_chunk<std::uint64_t>(predicate, i); });
+    return add_to_register(state, rdn, active);
+}
+
+aarch64_decode_rc sve_cntp_rpp(cpu_state* state, aarch64_i_reg rd, aarch64_p_reg pg, aarch64_p_reg pn) {
+    const std::uint8_t* governing = state->p[pg.reg];
+    const std::uint8_t* predicate = state->p[pn.reg];
+    write_register(state, rd, count_active(pn.kind, [&](int i) {
+                       return load_chunk<std::uint64_t>(governing, i) &
+                              load_chunk<std::uint64_t>(predicate, i);
+                   }));
+    return aarch64_emulated;
+}
+
+aarch64_decode_rc sve_addvl_rri(cpu_state* state, aarch64_i_rsp_reg rd, aarch64_i_rsp_reg rn, int imm) {
+    write_register(state, rd, read_register(state, rn) + static_cast<std::uint64_t>(vectors(imm)));
+    return aarch64_emulated;
+}
+aarch64_decode_rc sve_addpl_rri(cpu_state* state, aarch64_i_rsp_reg rd, aarch64_i_rsp_reg rn, int imm) {
+    write_register(state, rd, read_register(state, rn) + static_cast<std::uint64_t>(vectors(imm) / 8));
+    return aarch64_emulated;
+}
+aarch64_decode_rc sve_rdvl_ri(cpu_state* state, aarch64_i_reg rd, int imm) {
+    write_register(state, rd, static_cast<std::uint64_t>(vectors(imm)));
+    return aarch64_emulated;
+}
