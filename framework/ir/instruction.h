@@ -1,0 +1,35 @@
+// The instruction list that the client sees: a doubly linked list of A64 words, labels apart, each with its
+// application address and its status. Only one form exists, the encoded word; nothing is decoded into
+// operands.
+#pragma once
+
+#include <cstdint>
+
+struct _instr_t {
+    _instr_t* previous;
+    _instr_t* next;
+    std::uint8_t* translation; // application address, null if none
+    std::uint8_t* raw;         // where the bytes stand in the application's memory, null if built by hand
+    std::uint32_t word;        // the encoding; unused for a label
+    bool is_app;               // application status, as against meta
+    bool is_label;
+};
+
+struct _instrlist_t {
+    _instr_t* first;
+    _instr_t* last;
+};
+
+// An application-status instruction made from the word at `pc`, which is both its translation and its raw
+// bytes.
+_instr_t* instruction_from_application(std::uint8_t* pc);
+
+// An application-status instruction built by hand, with no translation.
+_instr_t* instruction_from_word(std::uint32_t word);
+
+// A meta instruction made from the word and inserted before `where`, or appended if that is null.
+void insert_meta_word(_instrlist_t* list, _instr_t* where, std::uint32_t word);
+
+// An empty list, and its destruction with all instructions still in it.
+_instrlist_t* create_instruction_list();
+void destroy_instruction_list(_instrlist_t* list);

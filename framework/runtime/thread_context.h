@@ -1,0 +1,66 @@
+// The record that X28 points at while application code runs from the code cache. Emitted code addresses its
+// fields with immediate offsets, so the fields that emitted code uses stand first and the layout is checked.
+// A `void* drcontext` of the published interface is a pointer to this record.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+struct code_cache; // framework/runtime/code_cache.h
+
+// The look-up table of indirect branches lies right below the record, so that X28 addresses it too: the entry of
+// index i, a pair of {application PC, cache PC}, stands (i + 1) * 16 bytes below. The index is the low bits of the
+// application PC's word number; see code_cache.h for what an empty entry holds.
+inline constexpr unsigned lookup_index_bits = 16;
+struct lookup_entry {
+    std::uint64_t application_pc;
+    std::uint64_t cache_pc;
+};
+
+inline constexpr int client_spill_slots = 9; // SPILL_SLOT_1 to SPILL_SLOT_9
+inline constexpr int client_tls_fields = 64; // fields handed out by drmgr_register_tls_field
+
+struct thread_context {
+    // Addressed by emitted code.
+    std::uint64_t app_x28;   // the application's X28
+    std::uint64_t app_tpidr; // the application's TPIDR_EL0; the hardware's is the engine's
+    std::uint64_t client_slot[client_spill_slots]; // dr_save_reg and its kin
+    std::uint64_t scratch[6];                      // mangled instructions, exits and look-ups
+    std::uint64_t call_app_pc;                     // application address of the client call under way
+    std::uint64_t client_call_entry;               // code that changes stack, calls X11, and comes back
+    std::uint64_t exit_entry;    // code that saves the application's state and enters the dispatcher
+    std::uint64_t syscall_entry; // the same for a system call
+    std::uint64_t lookup_table;  // direct-mapped table of {application PC, cache PC}
+    std::uint64_t engine_sp;     // the engine's stack pointer while application code runs
+
+    // The application's registers while the engine's own code runs.
+    std::uint64_t x[31]; // element 28 is unused: see app_x28
+    std::uint64_t sp;
+    std::uint64_t pc;
+    std::uint64_t nzcv;
+    std::uint64_t fpcr;
+    std::uint64_t fpsr;
+    alignas(16) std::uint8_t q[32][16];
+
+    // Not addressed by emitted code.
+    std::uint64_t engine_stack_top; // where engine_sp starts from
+    void* tls_field[client_tls_fields];
+    code_cache* cache;
+};
+
+inline lookup_entry& lookup_entry_of(thread_context* context, std::uint64_t application_pc) {
+    const std::uint64_t index = (application_pc >> 2) & ((std::uint64_t{1} << lookup_index_bits) - 1);
+    return reinterpret_cast<lookup_entry*>(context)[-1 - static_cast<std::int64_t>(index)];
+}
+
+// The application's general register by number, 31 being the zero register.
+inline std::uint64_t read_register(const thread_context* context, unsigned number) {
+    return number == 31 ? 0 : number == 28 ? context->app_x28 : context->x[number];
+}
+
+// Maps a zeroed context with its look-up table below it and the engine's stack, of which the lowest page is a
+// guard. Null if there is no memory.
+thread_context* create_thread_context();
+
+static_assert(offsetof(thread_context, app_x28) == 0);
+static_assert(offsetof(thread_context, x) < 504, "STP offsets reach the general registers");
