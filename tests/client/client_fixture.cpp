@@ -1,0 +1,10 @@
+#include "tests/client/client_fixture.h"
+
+const loaded_module* main_module() { return program.start != nullptr ? &program : nullptr; }
+
+const loaded_module* find_module(const std::uint8_t* address) {
+    for (const loaded_module* module : {&program, &library})
+        if (address >= module->start && address < module->end)
+            return module;
+    return nullptr;
+}
