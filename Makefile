@@ -1,0 +1,74 @@
+# Short names for what is done with CMake and ctest. Every command first installs what it lacks (Debian and Ubuntu).
+
+PREFIX ?= /usr/local
+
+# An AArch64 machine builds for itself. Another one cross-compiles, and has a second tree with the emulation core built
+# for the machine itself, with sanitizers.
+ifeq ($(shell uname -m),aarch64)
+AARCH64 := aarch64-native
+TREES := aarch64-native
+MISSING_OPCODES := build/aarch64/bin/missing_opcodes
+else
+AARCH64 := aarch64
+TREES := aarch64 host
+MISSING_OPCODES := build/host/bin/missing_opcodes
+endif
+
+export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
+
+.PHONY: help demo test conformance bench format missing install clean
+.NOTPARALLEL:
+
+help:
+	@echo 'make demo             build, and run the example programs without SVE'
+	@echo 'make test             build all, check the format and run all tests'
+	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER=)'
+	@echo 'make bench            count what emulated instructions cost'
+	@echo 'make missing          list the opcodes that are not carried yet'
+	@echo 'make format           format the sources (clang-format 14)'
+	@echo 'make install PREFIX=  install ostrel, by default below /usr/local'
+	@echo 'make clean            remove the build trees'
+
+demo: configure-$(AARCH64)
+	cmake --build --preset $(AARCH64) --target demo
+
+test: check-format $(TREES:%=test-%)
+
+bench: configure-$(AARCH64)
+	cmake/install-dependencies.sh bench
+	cmake --preset $(AARCH64) -DOSTREL_BENCHMARKS=ON
+	cmake --build --preset $(AARCH64) --target stub_cost_table
+
+# What every opcode does, against a processor with 1024-bit SVE: SEED=, ITERATIONS= (states for each opcode), FILTER=.
+ITERATIONS ?= 1000
+conformance: configure-$(AARCH64)
+	cmake --build --preset $(AARCH64) --target conformance
+	sh tests/conformance/run.sh build/aarch64/bin/conformance --iterations $(ITERATIONS) $(if $(SEED),--seed $(SEED)) \
+		$(if $(FILTER),--filter '$(FILTER)')
+
+missing: configure-$(lastword $(TREES))
+	cmake --build --preset $(lastword $(TREES)) --target missing_opcodes
+	$(MISSING_OPCODES)
+
+install: configure-$(AARCH64)
+	cmake --build --preset $(AARCH64) --target ostrel
+	cmake --install build/aarch64 --prefix '$(PREFIX)'
+
+format:
+	cmake/format.sh
+
+clean:
+	rm -rf build
+
+.PHONY: check-format $(TREES:%=configure-%) $(TREES:%=test-%)
+
+check-format:
+	cmake/format.sh --check
+
+$(TREES:%=configure-%): configure-%:
+	cmake/install-dependencies.sh $(if $(findstring aarch64,$*),aarch64,host)
+	cmake --preset $*
+
+$(TREES:%=test-%): test-%: configure-%
+	cmake --build --preset $*
+	ctest --preset $*
