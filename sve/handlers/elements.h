@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 inline constexpr int chunk_bytes = 16;
 inline constexpr int chunks_per_row = vector_bytes / chunk_bytes;
@@ -54,6 +55,12 @@ inline aarch64_decode_rc compute_row(std::uint8_t* destination, Body body) {
     return aarch64_emulated;
 }
 
+// Makes the lowest doubleword of a row the value and all others 0.
+inline aarch64_decode_rc store_scalar(std::uint8_t* destination, std::uint64_t value) {
+    return compute_row<std::uint64_t>(
+        destination, [value](int i) { return chunk<std::uint64_t>{i == 0 ? value : 0, 0}; });
+}
+
 // All bits set in each lane whose predicate element is active: the low bit of the lane read as one
 // little-endian unit.
 template <class Element> inline chunk<Element> active_lanes(const std::uint8_t* predicate, int index) {
@@ -72,6 +79,29 @@ inline constexpr std::uint64_t element_lane_bits = sizeof(Element) == 1   ? 0x01
 template <class Element>
 inline chunk<Element> blend(chunk<Element> mask, chunk<Element> active, chunk<Element> inactive) {
     return (mask & active) | (~mask & inactive);
+}
+
+// 0 and so on, one for each element of a chunk.
+template <class Element>
+using chunk_indices = std::make_integer_sequence<int, chunk_bytes / static_cast<int>(sizeof(Element))>;
+
+// The elements of the low (half = 0) or high (half = 1) half of two chunks, alternately.
+template <int half, class Vector, int... i>
+inline Vector interleave(Vector even, Vector odd, std::integer_sequence<int, i...>) {
+    constexpr int count = sizeof...(i);
+    return __builtin_shufflevector(even, odd, ((half * count + i) / 2 + i % 2 * count)...);
+}
+
+// The elements of even index of two consecutive chunks.
+template <class Vector, int... i>
+inline Vector even_elements(Vector low, Vector high, std::integer_sequence<int, i...>) {
+    return __builtin_shufflevector(low, high, (2 * i)...);
+}
+
+// The elements of a chunk in reverse order.
+template <class Vector, int... i>
+inline Vector reverse_elements(Vector value, std::integer_sequence<int, i...>) {
+    return __builtin_shufflevector(value, value, (static_cast<int>(sizeof...(i)) - 1 - i)...);
 }
 
 // The value in every lane.
