@@ -1,0 +1,96 @@
+#include "sve/library/permutes.h"
+
+#include "sve/library/predicate_flags.h"
+
+namespace {
+
+template <class Element> VecV transpose_even(const VecV& zn, const VecV& zm, CpuContext* context) {
+    const int pairs = element_count<Element>(context) / 2;
+    VecV result = {};
+    for (int k = 0; k < pairs; ++k) {
+        set_element(result, 2 * k, get_element<Element>(zn, 2 * k));
+        set_element(result, 2 * k + 1, get_element<Element>(zm, 2 * k));
+    }
+    return result;
+}
+
+template <class Element> VecV splice(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
+    constexpr int bits = 8 * static_cast<int>(sizeof(Element));
+    const int last = FindLastActive(pg, bits, context);
+    const int first = last < 0 ? 0 : FindFirstActive(pg, bits, context);
+    const std::size_t kept = static_cast<std::size_t>(last + 1 - first) * sizeof(Element);
+    const std::size_t filled = static_cast<std::size_t>(vector_length(context)) * 8 - kept;
+    VecV result = {};
+    std::memcpy(result.bytes, zdn.bytes + static_cast<std::size_t>(first) * sizeof(Element), kept);
+    std::memcpy(result.bytes + kept, zm.bytes, filled);
+    return result;
+}
+
+template <class Element> VecV compress(const PredV& pg, const VecV& zn, CpuContext* context) {
+    const int count = element_count<Element>(context);
+    VecV result = {};
+    for (int i = 0, next = 0; i < count; ++i)
+        if (is_active<Element>(pg, i))
+            set_element(result, next++, get_element<Element>(zn, i));
+    return result;
+}
+
+enum class vector_half { low, high };
+
+template <class Narrow, class Element, vector_half half> VecV unpack(const VecV& zn, CpuContext* context) {
+    static_assert(2 * sizeof(Narrow) == sizeof(Element));
+    const int count = element_count<Element>(context);
+    const int start = half == vector_half::high ? count : 0;
+    VecV result = {};
+    for (int i = 0; i < count; ++i)
+        set_element(result, i, Element{get_element<Narrow>(zn, start + i)});
+    return result;
+}
+
+} // namespace
+
+VecV VecU8Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
+    return transpose_even<std::uint8_t>(zn, zm, context);
+}
+VecV VecU16Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
+    return transpose_even<std::uint16_t>(zn, zm, context);
+}
+VecV VecU32Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
+    return transpose_even<std::uint32_t>(zn, zm, context);
+}
+VecV VecU64Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
+    return transpose_even<std::uint64_t>(zn, zm, context);
+}
+
+VecV VecU8SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
+    return splice<std::uint8_t>(pg, zdn, zm, context);
+}
+VecV VecU16SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
+    return splice<std::uint16_t>(pg, zdn, zm, context);
+}
+VecV VecU32SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
+    return splice<std::uint32_t>(pg, zdn, zm, context);
+}
+VecV VecU64SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
+    return splice<std::uint64_t>(pg, zdn, zm, context);
+}
+
+VecV VecU32CompressVV(const PredV& pg, const VecV& zn, CpuContext* context) {
+    return compress<std::uint32_t>(pg, zn, context);
+}
+VecV VecU64CompressVV(const PredV& pg, const VecV& zn, CpuContext* context) {
+    return compress<std::uint64_t>(pg, zn, context);
+}
+
+VecV VecS16UnpackLoV(const VecV& zn, CpuContext* context) {
+    return unpack<std::int8_t, std::int16_t, vector_half::low>(zn, context);
+}
+VecV VecS32UnpackLoV(const VecV& zn, CpuContext* context) {
+    return unpack<std::int16_t, std::int32_t, vector_half::low>(zn, context);
+}
+VecV VecS16UnpackHiV(const VecV& zn, CpuContext* context) {
+    return unpack<std::int8_t, std::int16_t, vector_half::high>(zn, context);
+}
+VecV VecS32UnpackHiV(const VecV& zn, CpuContext* context) {
+    return unpack<std::int16_t, std::int32_t, vector_half::high>(zn, context);
+}
