@@ -3,6 +3,7 @@
 // operands.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct _instr_t {
@@ -13,6 +14,10 @@ struct _instr_t {
     std::uint32_t word;        // the encoding; unused for a label
     bool is_app;               // application status, as against meta
     bool is_label;
+
+    // Each block makes and destroys as many as it has instructions: they come from a free list of the thread.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory);
 };
 
 struct _instrlist_t {

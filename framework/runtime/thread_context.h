@@ -8,9 +8,9 @@
 
 struct code_cache; // framework/runtime/code_cache.h
 
-// The look-up table of indirect branches lies right below the record, so that X28 addresses it too: the entry of
-// index i, a pair of {application PC, cache PC}, stands (i + 1) * 16 bytes below. The index is the low bits of the
-// application PC's word number; see code_cache.h for what an empty entry holds.
+// The look-up table of indirect branches lies right below the record, so that X28 addresses it too: the entry
+// of index i, a pair of {application PC, cache PC}, stands (i + 1) * 16 bytes below. The index is the low
+// bits of the application PC's word number; see code_cache.h for what an empty entry holds.
 inline constexpr unsigned lookup_index_bits = 16;
 struct lookup_entry {
     std::uint64_t application_pc;

@@ -1,0 +1,27 @@
+// Reading and checking of an ELF executable, before anything of it is mapped.
+#pragma once
+
+#include <cstdint>
+#include <elf.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Why a file cannot be run: a reason for the user and the launcher's exit status.
+struct load_error {
+    int status;
+    std::string reason;
+};
+
+// An open file whose headers have passed every check. The descriptor belongs to the record's holder.
+struct elf_file {
+    int descriptor;
+    Elf64_Ehdr header;
+    std::vector<Elf64_Phdr> segments; // all program headers
+};
+
+// Opens and checks the file. On failure nothing stays open, and the error says why.
+std::optional<elf_file> open_elf_file(const char* path, load_error& error);
+
+// The page size that mappings go by.
+std::uint64_t page_size();

@@ -1,0 +1,35 @@
+// The program in memory: its segments, its initial stack, its first registers.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "framework/loader/elf_file.h"
+
+struct program_image {
+    std::uint64_t start;          // first mapped byte
+    std::uint64_t end;            // one past the last, where the break starts
+    std::uint64_t entry;          // run-time address
+    std::uint64_t header_address; // of the program headers, 0 if no segment holds them
+    std::uint64_t header_count;
+    bool executable_stack;
+};
+
+// Maps the file's segments, without the right to be executed in place, which is noted in the executable
+// ranges instead. False with the error set if there is no room for them.
+bool map_program(const elf_file& file, program_image& image, load_error& error);
+
+// Maps a stack as large as the soft limit says, with the arguments, the environment and the auxiliary vector
+// as the kernel lays them out. Returns the initial SP; 0 with the error set if there is no room.
+// `host_auxiliary` is the engine's own auxiliary vector, from which the entries that do not concern the image
+// are taken.
+std::uint64_t build_initial_stack(const program_image& image, const char* path, char* const* arguments,
+                                  char* const* environment, const Elf64_auxv_t* host_auxiliary,
+                                  load_error& error);
+
+// The registered name of the main module from now on.
+void set_main_module(const program_image& image, const char* path);
+
+// The file that a shell would run for the name: itself if it has a slash, else the first executable regular
+// file of that name in the directories of PATH. Empty if there is none.
+std::string find_program(const char* name);

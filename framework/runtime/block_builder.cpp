@@ -1,0 +1,113 @@
+#include "framework/runtime/block_builder.h"
+
+#include <csignal>
+
+#include "framework/ir/instruction.h"
+#include "framework/runtime/block_exits.h"
+#include "framework/runtime/client_events.h"
+#include "framework/runtime/executable_ranges.h"
+#include "framework/runtime/mangle.h"
+#include "framework/runtime/process_end.h"
+
+namespace {
+
+// An instruction that the client replaces grows a hundredfold; conditional branches at the end still have to
+// reach their stubs, and literal loads their literals.
+constexpr unsigned block_instructions_limit = 128;
+
+// Reads application instructions from `pc` to the end of the block into the list; returns the address behind.
+std::uint64_t read_block(_instrlist_t* list, std::uint64_t pc) {
+    const std::uint64_t limit = executable_until(pc);
+    for (unsigned count = 0; count < block_instructions_limit && pc + 4 <= limit; ++count) {
+        _instr_t* const instruction = instruction_from_application(reinterpret_cast<std::uint8_t*>(pc));
+        instrlist_append(list, instruction);
+        pc += 4;
+        if (a64::ends_block(a64::classify(instruction->word)))
+            break;
+    }
+    return pc;
+}
+
+// A bound of the words that the list becomes.
+std::size_t words_needed(const _instrlist_t* list) {
+    std::size_t words = 2 * transfer_words_limit;
+    for (const _instr_t* instruction = list->first; instruction; instruction = instruction->next)
+        words += instruction->is_app ? mangled_words_limit : 1;
+    return words;
+}
+
+// Emits an application instruction; returns true if the block ends with it.
+bool emit_application(code_cache& cache, a64::word instruction, std::uint64_t pc) {
+    const a64::kind kind = a64::classify(instruction);
+    switch (kind) {
+    case a64::kind::invalidate_code:
+        emit_application_instruction(cache.out, instruction, kind, pc);
+        emit_dispatcher_exit(cache, exit_kind::invalidate_code, pc + 4, a64::rd(instruction));
+        return true;
+    case a64::kind::trap:
+    case a64::kind::unknown_branch:
+        emit_application_instruction(cache.out, instruction, kind, pc);
+        return false;
+    default:
+        if (!a64::ends_block(kind)) {
+            emit_application_instruction(cache.out, instruction, kind, pc);
+            return false;
+        }
+        emit_transfer(cache, instruction, kind, pc);
+        return true;
+    }
+}
+
+// Emits the code of the list from the cache's cursor on.
+void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start, std::uint64_t end) {
+    for (const _instr_t* instruction = list->first; instruction; instruction = instruction->next) {
+        if (instruction->is_label)
+            continue;
+        if (!instruction->is_app) {
+            cache.out.put(instruction->word);
+            continue;
+        }
+        const auto pc = reinterpret_cast<std::uint64_t>(instruction->translation);
+        if (emit_application(cache, instruction->word, pc ? pc : start))
+            return;
+    }
+    emit_direct_exit(cache, end);
+}
+
+} // namespace
+
+const block* build_block(thread_context* context, exit_record* from) {
+    code_cache& cache = *context->cache;
+    const std::uint64_t pc = context->pc;
+    if (pc % 4 != 0)
+        die_of_signal(SIGBUS);
+    if (executable_until(pc) < pc + 4)
+        die_of_signal(SIGSEGV);
+
+    _instrlist_t* const list = create_instruction_list();
+    const std::uint64_t end = read_block(list, pc);
+    raise_block_event(context, reinterpret_cast<void*>(pc), list, false, false);
+
+    const unsigned generation = cache.generation;
+    reserve_words(cache, words_needed(list));
+    const bool may_link = from && generation == cache.generation; // a flush has freed the record
+    block built{};
+    const bool in_place = may_link && continue_in_place(cache, *from);
+    if (!in_place) {
+        built.landing = cache.out.cursor;
+        emit_landing(cache.out);
+    }
+    built.entry = cache.out.cursor;
+    emit_code(cache, list, pc, end);
+    destroy_instruction_list(list);
+    built.landing = place_cold_code(cache, built);
+    // The word ahead belongs to the branch that may have been changed.
+    __builtin___clear_cache(reinterpret_cast<char*>(built.entry - 1),
+                            reinterpret_cast<char*>(cache.out.cursor));
+    if (may_link && !in_place)
+        link_exit(*from, built);
+
+    for (std::uint64_t page = pc / translated_page_bytes; page <= (end - 1) / translated_page_bytes; ++page)
+        cache.translated_pages.insert(page);
+    return &cache.blocks.emplace(pc, built).first->second;
+}

@@ -1,0 +1,10 @@
+// Translation of application code, one basic block at a time.
+#pragma once
+
+#include "framework/runtime/code_cache.h"
+
+// Translates the block at the context's `pc`, which must not be in the cache yet. Flushes the cache first if
+// it is full. `from` is the exit by which execution comes there, or null: the block is built in place of the
+// exit's branch if it can be, and linked to it otherwise. An address that holds no executable code ends the
+// process by the signal that the processor would have raised.
+const block* build_block(thread_context* context, exit_record* from);

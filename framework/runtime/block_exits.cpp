@@ -1,0 +1,214 @@
+#include "framework/runtime/block_exits.h"
+
+#include <utility>
+
+namespace {
+
+using namespace a64;
+
+constexpr unsigned context_register = stolen_register;
+constexpr unsigned first = hand_over_register;
+constexpr unsigned second = hand_over_register_2;
+constexpr unsigned third = 13; // borrowed where the target stands in a hand-over register
+constexpr std::int64_t third_slot = scratch_slot(2);
+constexpr std::int64_t app_x28_offset = offsetof(thread_context, app_x28);
+
+void save_hand_over(emitter& out) { out.put(stp_x(first, second, context_register, hand_over_slot)); }
+
+exit_record* new_exit(code_cache& cache, exit_kind kind, std::uint64_t target) {
+    return &cache.exits.emplace_back(exit_record{kind, false, false, 0, target, nullptr, nullptr, nullptr});
+}
+
+// Emits a transfer whose target is a linkable exit.
+exit_record* emit_linkable(code_cache& cache, word transfer, std::uint64_t target, bool hand_over_saved) {
+    exit_record* const exit = new_exit(cache, exit_kind::direct, target);
+    exit->hand_over_saved = hand_over_saved;
+    exit->branch = cache.out.cursor;
+    cache.out.put(transfer);
+    cache.unplaced_stubs.push_back(exit);
+    return exit;
+}
+
+// Jumps to the gate with the hand-over registers saved.
+void emit_leave(emitter& out, const exit_record* record) {
+    if (record)
+        out.load_constant(first, reinterpret_cast<std::uint64_t>(record));
+    else
+        out.put(movz(first, 0, 0));
+    out.put(ldr_x(second, context_register, offsetof(thread_context, exit_entry)));
+    out.put(br(second));
+}
+
+// CBZ or TBZ of X28 tests a hand-over register; both sides enter their targets at the landing, which restores
+// it.
+void emit_conditional(code_cache& cache, word instruction, kind k, std::uint64_t pc) {
+    const bool of_x28 = k != kind::branch_condition && rd(instruction) == stolen_register;
+    if (of_x28) {
+        save_hand_over(cache.out);
+        cache.out.put(ldr_x(first, context_register, app_x28_offset));
+        instruction = (instruction & ~word{31}) | first;
+    }
+    exit_record* const taken = emit_linkable(cache, instruction, named_address(instruction, k, pc), of_x28);
+    taken->untaken = emit_linkable(cache, b(0), pc + 4, of_x28);
+}
+
+struct link {
+    bool wanted;
+    std::uint64_t return_address;
+};
+
+// The look-up of an application address in a register, with the hand-over registers saved. It changes no
+// flags. The landing restores the hand-over registers.
+void emit_look_up(code_cache& cache, unsigned target, link link_to) {
+    emitter& out = cache.out;
+    const bool borrows = target == first || target == second;
+    const unsigned value = target == second ? first : second;
+    const unsigned key = borrows ? third : first;
+    if (borrows)
+        out.put(str_x(third, context_register, third_slot));
+    out.put(and_ones(value, target, 2, lookup_index_bits));
+    out.put(sub_shifted(value, context_register, value, 2));
+    out.put(ldp_x(key, value, value, -static_cast<std::int64_t>(sizeof(lookup_entry))));
+    out.put(sub_register(key, key, target));
+    cache.unplaced_misses.push_back({out.cursor, target, borrows, link_to.wanted, link_to.return_address});
+    out.put(cbnz_x(key, 0));
+    if (borrows)
+        out.put(ldr_x(third, context_register, third_slot));
+    if (link_to.wanted)
+        out.load_constant(link_register, link_to.return_address);
+    out.put(br(value));
+}
+
+void emit_register_branch(code_cache& cache, word instruction, link link_to) {
+    unsigned target = rn(instruction);
+    save_hand_over(cache.out);
+    if (target == stolen_register) {
+        target = first;
+        cache.out.put(ldr_x(target, context_register, app_x28_offset));
+    }
+    emit_look_up(cache, target, link_to);
+}
+
+// The pointer is authenticated in a copy, since these instructions leave their target register as it is.
+void emit_authenticated(code_cache& cache, word instruction, kind k, link link_to) {
+    emitter& out = cache.out;
+    const bool is_return = k == kind::authenticated_return;
+    const unsigned target = is_return ? link_register : rn(instruction);
+    const bool zero_modifier = !is_return && !(instruction & 0x01000000);
+    const auto key = static_cast<pointer_key>((instruction >> 10) & 1);
+    unsigned modifier = is_return ? stack_pointer : rd(instruction);
+
+    save_hand_over(out);
+    if (!zero_modifier && modifier == first) {
+        out.put(move_x(second, first));
+        modifier = second;
+    } else if (!zero_modifier && modifier == stolen_register) {
+        out.put(ldr_x(second, context_register, app_x28_offset));
+        modifier = second;
+    }
+    if (target == stolen_register)
+        out.put(ldr_x(first, context_register, app_x28_offset));
+    else if (target == second) // may hold the modifier by now
+        out.put(ldr_x(first, context_register, scratch_slot(1)));
+    else if (target != first)
+        out.put(move_x(first, target));
+    out.put(zero_modifier ? authenticate_zero(key, first) : authenticate(key, first, modifier));
+    emit_look_up(cache, first, link_to);
+}
+
+// The most words of each, literals included.
+constexpr std::size_t literal_words = 2;
+constexpr std::size_t landing_words = 2;
+constexpr std::size_t stub_words = 4 + literal_words;
+constexpr std::size_t miss_words = 6 + literal_words;
+
+void place_exit_stub(emitter& out, exit_record& exit) {
+    exit.stub = out.cursor;
+    *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
+    if (!exit.hand_over_saved)
+        save_hand_over(out);
+    emit_leave(out, &exit);
+}
+
+void place_miss(emitter& out, const look_up_miss& miss) {
+    *miss.branch = with_offset(*miss.branch, out.offset_from(miss.branch));
+    out.put(str_x(miss.target_register, context_register, offsetof(thread_context, pc)));
+    if (miss.borrowed)
+        out.put(ldr_x(third, context_register, third_slot));
+    if (miss.links)
+        out.load_constant(link_register, miss.return_address);
+    emit_leave(out, nullptr);
+}
+
+} // namespace
+
+void emit_landing(emitter& out) { out.put(ldp_x(first, second, context_register, hand_over_slot)); }
+
+void emit_direct_exit(code_cache& cache, std::uint64_t target) { emit_linkable(cache, b(0), target, false); }
+
+void emit_dispatcher_exit(code_cache& cache, exit_kind kind, std::uint64_t target, unsigned detail) {
+    exit_record* const exit = new_exit(cache, kind, target);
+    exit->detail = static_cast<std::uint8_t>(detail);
+    save_hand_over(cache.out);
+    emit_leave(cache.out, exit);
+}
+
+void emit_transfer(code_cache& cache, word instruction, kind k, std::uint64_t pc) {
+    switch (k) {
+    case kind::branch_link:
+        cache.out.load_constant(link_register, pc + 4);
+        [[fallthrough]];
+    case kind::branch:
+        emit_direct_exit(cache, named_address(instruction, k, pc));
+        return;
+    case kind::branch_condition:
+    case kind::compare_branch:
+    case kind::test_branch:
+        emit_conditional(cache, instruction, k, pc);
+        return;
+    case kind::branch_register:
+        emit_register_branch(cache, instruction, {false, 0});
+        return;
+    case kind::branch_link_register:
+        emit_register_branch(cache, instruction, {true, pc + 4});
+        return;
+    case kind::authenticated_branch:
+    case kind::authenticated_return:
+        emit_authenticated(cache, instruction, k, {false, 0});
+        return;
+    case kind::authenticated_branch_link:
+        emit_authenticated(cache, instruction, k, {true, pc + 4});
+        return;
+    case kind::system_call:
+        emit_dispatcher_exit(cache, exit_kind::system_call, pc + 4, 0);
+        return;
+    default:
+        assert(false);
+    }
+}
+
+a64::word* place_cold_code(code_cache& cache, const block& block) {
+    emitter& out = cache.out;
+    const std::size_t words = landing_words + cache.unplaced_stubs.size() * stub_words +
+                              cache.unplaced_misses.size() * miss_words +
+                              out.literals.size() * literal_words + 1;
+    word* const start = take_cold_words(cache, words);
+    word* const code_end = std::exchange(out.cursor, start);
+    word* landing = block.landing;
+    if (!landing) {
+        landing = out.cursor;
+        emit_landing(out);
+        out.put(b((block.entry - out.cursor) * 4));
+    }
+    for (exit_record* exit : cache.unplaced_stubs)
+        place_exit_stub(out, *exit);
+    for (const look_up_miss& miss : cache.unplaced_misses)
+        place_miss(out, miss);
+    out.place_literals();
+    assert(out.cursor <= start + words);
+    __builtin___clear_cache(reinterpret_cast<char*>(start), reinterpret_cast<char*>(out.cursor));
+    cache.unplaced_stubs.clear();
+    cache.unplaced_misses.clear();
+    out.cursor = code_end;
+    return landing;
+}

@@ -1,0 +1,26 @@
+// Emission of the ways out of a block: linkable direct exits, look-ups of indirect branches, and the stubs
+// that leave the cache.
+#pragma once
+
+#include "framework/aarch64/classify.h"
+#include "framework/runtime/code_cache.h"
+
+// The most words that one transfer takes, its stubs and literals included.
+inline constexpr unsigned transfer_words_limit = 48;
+
+// The first word of a block that is entered by its landing.
+void emit_landing(emitter& out);
+
+// Ends the block with a jump to that application address.
+void emit_direct_exit(code_cache& cache, std::uint64_t target);
+
+// Leaves the cache for the dispatcher to do what the kind says, then goes on at `target`.
+void emit_dispatcher_exit(code_cache& cache, exit_kind kind, std::uint64_t target, unsigned detail);
+
+// Emits an application transfer at `pc`. A conditional one ends with its untaken side, to the next
+// instruction.
+void emit_transfer(code_cache& cache, a64::word instruction, a64::kind kind, std::uint64_t pc);
+
+// Emits the stubs and literals of the block whose code ends at the cache's cursor, and for a block that has
+// no landing yet a landing that goes to its entry. Returns the landing.
+a64::word* place_cold_code(code_cache& cache, const block& block);

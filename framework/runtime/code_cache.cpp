@@ -1,0 +1,179 @@
+#include "framework/runtime/code_cache.h"
+
+#include <algorithm>
+#include <new>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "framework/aarch64/classify.h"
+
+namespace {
+
+constexpr std::size_t lookup_table_bytes = sizeof(lookup_entry) << lookup_index_bits;
+constexpr std::size_t engine_stack_bytes = 1 << 20;
+
+void synchronise_code(void* start, void* end) {
+    __builtin___clear_cache(static_cast<char*>(start), static_cast<char*>(end));
+}
+
+// An empty entry must not match any address that is looked up in it. Address 0 is never looked up in an entry
+// other than the first, so zeroed memory serves for these; the first holds an address that belongs to the
+// second.
+void clear_lookup_entry(thread_context* context, std::uint64_t application_pc) {
+    lookup_entry& entry = lookup_entry_of(context, application_pc);
+    const bool first = &entry == &lookup_entry_of(context, 0);
+    entry = {first ? std::uint64_t{4} : 0, 0};
+}
+
+std::uint8_t* map_cache(std::uint64_t near_address, std::size_t bytes) {
+    constexpr int protection = PROT_READ | PROT_WRITE | PROT_EXEC;
+    constexpr int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+    // Room for the program's heap comes first, then a few tries within reach of an ADRP.
+    constexpr std::uint64_t step = std::uint64_t{1} << 29;
+    const std::uint64_t aligned = near_address & ~(step - 1);
+    for (unsigned tries = 2; tries <= 7; ++tries) {
+        void* const hint = reinterpret_cast<void*>(aligned + tries * step);
+        void* const mapped = mmap(hint, bytes, protection, flags | MAP_FIXED_NOREPLACE, -1, 0);
+        if (mapped == hint)
+            return static_cast<std::uint8_t*>(mapped);
+        if (mapped != MAP_FAILED) // a kernel that does not know the flag
+            munmap(mapped, bytes);
+    }
+    void* const anywhere = mmap(nullptr, bytes, protection, flags, -1, 0);
+    return anywhere == MAP_FAILED ? nullptr : static_cast<std::uint8_t*>(anywhere);
+}
+
+} // namespace
+
+thread_context* create_thread_context() {
+    const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t record_bytes = (sizeof(thread_context) + page - 1) / page * page;
+    const std::size_t total = page + engine_stack_bytes + lookup_table_bytes + record_bytes;
+    void* const mapped =
+        mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapped == MAP_FAILED || mprotect(mapped, page, PROT_NONE) != 0)
+        return nullptr;
+    std::uint8_t* const stack_top = static_cast<std::uint8_t*>(mapped) + page + engine_stack_bytes;
+    auto* const context = new (stack_top + lookup_table_bytes) thread_context{};
+    context->engine_stack_top = reinterpret_cast<std::uint64_t>(stack_top);
+    clear_lookup_entry(context, 0);
+    return context;
+}
+
+code_cache* create_code_cache(thread_context* context, std::uint64_t near_address, std::size_t bytes) {
+    std::uint8_t* const memory = map_cache(near_address, bytes);
+    if (!memory)
+        return nullptr;
+    auto* const cache = new code_cache{};
+    auto* const first = reinterpret_cast<a64::word*>(memory);
+    cache->context = context;
+    cache->limit = reinterpret_cast<a64::word*>(memory + bytes);
+    cache->out.cursor = first;
+    cache->gate = emit_gates(cache->out);
+    cache->start = cache->out.cursor;
+    cache->cold = cache->chunk_end = cache->start;
+    synchronise_code(first, cache->start);
+    context->cache = cache;
+    context->exit_entry = cache->gate.exit_entry;
+    context->client_call_entry = cache->gate.client_call_entry;
+    return cache;
+}
+
+void flush_code_cache(code_cache& cache) {
+    for (const auto& [application_pc, block] : cache.blocks)
+        clear_lookup_entry(cache.context, application_pc);
+    cache.blocks.clear();
+    cache.exits.clear();
+    cache.translated_pages.clear();
+    cache.out.cursor = cache.cold = cache.chunk_end = cache.start;
+    ++cache.generation;
+}
+
+void flush_code_of(code_cache& cache, std::uint64_t start, std::uint64_t end) {
+    if (cache.translated_pages.empty() || start >= end)
+        return;
+    const std::uint64_t first = start / translated_page_bytes;
+    const std::uint64_t last = (end - 1) / translated_page_bytes;
+    bool touched = false;
+    if (last - first < cache.translated_pages.size()) {
+        for (std::uint64_t page = first; page <= last && !touched; ++page)
+            touched = cache.translated_pages.contains(page);
+    } else {
+        for (const std::uint64_t page : cache.translated_pages)
+            touched |= page >= first && page <= last;
+    }
+    if (touched)
+        flush_code_cache(cache);
+}
+
+void reserve_words(code_cache& cache, std::size_t words) {
+    if (static_cast<std::size_t>(cache.cold - cache.out.cursor) >= words)
+        return;
+    if (static_cast<std::size_t>(cache.limit - cache.chunk_end) < words)
+        flush_code_cache(cache);
+    const auto left = static_cast<std::size_t>(cache.limit - cache.chunk_end);
+    assert(left >= words);
+    cache.out.cursor = cache.chunk_end;
+    cache.chunk_end += std::min(std::max(words, chunk_words), left);
+    cache.cold = cache.chunk_end;
+}
+
+a64::word* take_cold_words(code_cache& cache, std::size_t words) {
+    words += words % 2; // literals are aligned
+    // A chunk that is larger than usual holds one large block, whose branches may not reach its end: the rest
+    // follows the code, and the chunk ends there.
+    if (cache.chunk_end - cache.out.cursor > static_cast<std::ptrdiff_t>(chunk_words)) {
+        a64::word* const behind = cache.out.cursor + (cache.chunk_end - cache.out.cursor) % 2;
+        cache.chunk_end = behind + words;
+        cache.cold = behind;
+        return behind;
+    }
+    cache.cold -= words;
+    assert(cache.cold >= cache.out.cursor);
+    return cache.cold;
+}
+
+const block* find_block(const code_cache& cache, std::uint64_t application_pc) {
+    const auto found = cache.blocks.find(application_pc);
+    return found == cache.blocks.end() ? nullptr : &found->second;
+}
+
+void link_exit(exit_record& exit, const block& target) {
+    const a64::word* const destination = exit.hand_over_saved ? target.landing : target.entry;
+    a64::word* place = exit.branch;
+    if (a64::transfer_reaches(*place, (destination - place) * 4)) {
+        *place = a64::with_offset(*place, (destination - place) * 4);
+    } else { // a conditional branch has a short reach: it goes on by way of its stub
+        place = exit.stub;
+        *place = a64::b((destination - place) * 4);
+    }
+    exit.linked = true;
+    synchronise_code(place, place + 1);
+}
+
+bool continue_in_place(code_cache& cache, exit_record& exit) {
+    if (exit.hand_over_saved || exit.linked)
+        return false;
+    if (exit.branch + 1 == cache.out.cursor) {
+        cache.out.cursor = exit.branch;
+        exit.linked = true;
+        return true;
+    }
+    // The taken side of a conditional branch: its sides change places.
+    exit_record* const untaken = exit.untaken;
+    if (!untaken || untaken->linked || untaken->branch + 1 != cache.out.cursor ||
+        exit.branch != untaken->branch - 1)
+        return false;
+    if (!a64::is_invertible(*exit.branch))
+        return false;
+    *exit.branch = a64::with_offset(a64::inverted(*exit.branch), (untaken->stub - exit.branch) * 4);
+    cache.out.cursor = untaken->branch;
+    untaken->branch = exit.branch;
+    exit.linked = true;
+    return true;
+}
+
+void enter_in_lookup_table(code_cache& cache, std::uint64_t application_pc, const block& target) {
+    lookup_entry_of(cache.context, application_pc) = {application_pc,
+                                                      reinterpret_cast<std::uint64_t>(target.landing)};
+}
