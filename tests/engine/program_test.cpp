@@ -1,0 +1,143 @@
+// Programs behave under ostrel as they do without it.
+#include <gtest/gtest.h>
+
+#include "command.h"
+
+namespace {
+
+struct program_case {
+    std::string program;
+    std::vector<std::string> arguments;
+};
+
+std::string name_of(const testing::TestParamInfo<program_case>& info) {
+    std::string name = info.param.program;
+    for (const std::string& argument : info.param.arguments)
+        name += "_" + argument;
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    return name;
+}
+
+class SameAsDirectly : public testing::TestWithParam<program_case> {};
+
+TEST_P(SameAsDirectly, OutputAndStatus) {
+    const outcome direct = run_directly(GetParam().program, GetParam().arguments);
+    const outcome translated = run_translated(GetParam().program, GetParam().arguments);
+    EXPECT_EQ(translated.status, direct.status);
+    EXPECT_EQ(translated.output, direct.output);
+    EXPECT_EQ(without_client_lines(translated.errors), without_client_lines(direct.errors));
+    EXPECT_FALSE(direct.output.empty());
+}
+
+// Programs that check themselves end with status 0.
+class ChecksItself : public testing::TestWithParam<program_case> {};
+
+TEST_P(ChecksItself, Passes) {
+    for (const outcome& result :
+         {run_directly(GetParam().program, {}), run_translated(GetParam().program, {})}) {
+        EXPECT_EQ(result.status, 0) << result.output << result.errors;
+        EXPECT_NE(result.output.find("0 failed"), std::string::npos) << result.output;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Machine, ChecksItself,
+                         testing::Values(program_case{"register_cases", {}}, program_case{"transfers", {}},
+                                         program_case{"machine_state", {}}),
+                         name_of);
+
+TEST(MachineWithoutSVE, LargeEmulatedBlocks) {
+    const outcome result = run_translated("sve_blocks", {});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "0 failed\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, SameAsDirectly,
+                         testing::Values(program_case{"library", {}}, program_case{"library-pie", {}},
+                                         program_case{"environment", {"a", "b c", "", "-x", "--"}},
+                                         program_case{"environment-pie", {"a", "b c", "", "-x", "--"}},
+                                         program_case{"rewriting", {}}, program_case{"rewriting-pie", {}}),
+                         name_of);
+
+// Every way in which a program may end; see endings.c.
+std::vector<program_case> endings() {
+    std::vector<program_case> result;
+    for (const char* program : {"endings", "endings-pie"})
+        for (const char* way : {"return",
+                                "exit",
+                                "_exit",
+                                "thread-exit",
+                                "abort",
+                                "terminate",
+                                "send-fault",
+                                "null",
+                                "call-null",
+                                "call-data",
+                                "call-stack",
+                                "misaligned",
+                                "overflow",
+                                "trap",
+                                "undefined",
+                                "unallocated-branch",
+                                "write-code",
+                                "hypervisor-call",
+                                "bad-authentication",
+                                "ignored-signal",
+                                "vector-length",
+                                "fork",
+                                "own-executable"})
+            result.push_back({program, {way}});
+    return result;
+}
+INSTANTIATE_TEST_SUITE_P(Endings, SameAsDirectly, testing::ValuesIn(endings()), name_of);
+
+TEST(Endings, StatusesAreWhatTheyShouldBe) {
+    EXPECT_EQ(run_translated("endings", {"return"}).status, 77);
+    EXPECT_EQ(run_translated("endings", {"exit"}).status, 3);
+    EXPECT_EQ(run_translated("endings", {"abort"}).status, 128 + 6);
+    EXPECT_EQ(run_translated("endings", {"null"}).status, 128 + 11);
+    EXPECT_EQ(run_translated("endings", {"vector-length"}).status, 8);
+    EXPECT_EQ(run_translated("endings", {"fork"}).status, 11);
+    EXPECT_EQ(run_translated("endings", {"own-executable"}).status, 13);
+}
+
+// A fault of the program's own code is announced, and once.
+TEST(Endings, FaultsAreAnnounced) {
+    for (const char* way : {"null", "write-code", "send-fault"}) {
+        const outcome result = run_translated("endings", {way});
+        const std::string line =
+            "kelvo's SVESigHandler caught signal SIGSEGV from the process being emulated, "
+            "passing it to the default signal handler.\n";
+        const std::size_t at = result.errors.find(line);
+        ASSERT_NE(at, std::string::npos) << way << ": " << result.errors;
+        EXPECT_EQ(result.errors.find("SVESigHandler", at + line.size()), std::string::npos) << way;
+    }
+}
+
+struct unsupported_case {
+    std::string program;
+    std::string way;
+    std::string reason;
+};
+
+class Unsupported : public testing::TestWithParam<unsupported_case> {};
+
+TEST_P(Unsupported, OneLineAndStatus125) {
+    const outcome result = run_translated(GetParam().program, {GetParam().way});
+    EXPECT_EQ(result.status, 125);
+    EXPECT_EQ(result.errors, "ostrel: " + program_path(GetParam().program) + ": " + GetParam().reason + "\n");
+    EXPECT_EQ(result.output.find("after"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Programs, Unsupported,
+    testing::Values(
+        unsupported_case{"endings", "handler", "signal handlers are not supported yet"},
+        unsupported_case{"endings", "thread", "threads are not supported yet"},
+        unsupported_case{"endings", "spawn",
+                         "child processes that share memory (vfork, posix_spawn) are not supported "
+                         "yet"},
+        unsupported_case{"dynamic", "return", "dynamically linked programs are not supported yet"}));
+
+} // namespace

@@ -1,0 +1,124 @@
+// Parts of the engine's runtime by themselves.
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <vector>
+
+#include "dr_api.h"
+#include "framework/runtime/client_events.h"
+#include "framework/runtime/code_cache.h"
+#include "framework/runtime/dispatcher.h"
+#include "framework/runtime/executable_ranges.h"
+#include "framework/runtime/mangle.h"
+
+extern "C" void dr_client_main(client_id_t, int, const char**) {}
+
+namespace {
+
+TEST(ExecutableRanges, UnionAndDifference) {
+    EXPECT_EQ(executable_until(0x1000), 0u);
+    add_executable_range(0x1000, 0x2000);
+    EXPECT_EQ(executable_until(0xFFF), 0u);
+    EXPECT_EQ(executable_until(0x1000), 0x2000u);
+    EXPECT_EQ(executable_until(0x1FFF), 0x2000u);
+    EXPECT_EQ(executable_until(0x2000), 0u);
+
+    add_executable_range(0x3000, 0x4000);
+    EXPECT_EQ(executable_until(0x1000), 0x2000u);
+    add_executable_range(0x2000, 0x3000); // touches both
+    EXPECT_EQ(executable_until(0x1000), 0x4000u);
+    add_executable_range(0x1800, 0x2800); // inside
+    EXPECT_EQ(executable_until(0x1000), 0x4000u);
+    add_executable_range(0x5000, 0x6000);
+    add_executable_range(0x800, 0x7000); // around
+    EXPECT_EQ(executable_until(0x800), 0x7000u);
+
+    remove_executable_range(0x2000, 0x3000); // from the middle
+    EXPECT_EQ(executable_until(0x1000), 0x2000u);
+    EXPECT_EQ(executable_until(0x2000), 0u);
+    EXPECT_EQ(executable_until(0x2FFF), 0u);
+    EXPECT_EQ(executable_until(0x3000), 0x7000u);
+    remove_executable_range(0x1800, 0x3800); // over a gap
+    EXPECT_EQ(executable_until(0x1000), 0x1800u);
+    EXPECT_EQ(executable_until(0x3800), 0x7000u);
+    remove_executable_range(0x4000, 0x4000); // nothing
+    EXPECT_EQ(executable_until(0x3800), 0x7000u);
+    remove_executable_range(0, 0x10000);
+    EXPECT_EQ(executable_until(0x1000), 0u);
+    EXPECT_EQ(executable_until(0x6FFF), 0u);
+}
+
+// The words that an application instruction at `pc` becomes.
+std::vector<a64::word> emitted(a64::word instruction, std::uint64_t pc) {
+    static a64::word buffer[64];
+    emitter out{buffer, {}};
+    emit_application_instruction(out, instruction, a64::classify(instruction), pc);
+    out.place_literals();
+    return {buffer, out.cursor};
+}
+
+TEST(Mangling, CacheTypeHidesThatCodeNeedNotBeInvalidated) {
+    // MRS X3, CTR_EL0; AND X3, X3, #0xFFFFFFFFDFFFFFFF.
+    EXPECT_EQ(emitted(0xD53B0023, 0x1000), (std::vector<a64::word>{0xD53B0023, 0x9262F863}));
+    // MRS XZR, CTR_EL0: an AND to register 31 would set the stack pointer.
+    EXPECT_EQ(emitted(0xD53B003F, 0x1000), (std::vector<a64::word>{0xD53B003F}));
+}
+
+TEST(Mangling, PageAddressOutOfReachIsALiteral) {
+    // ADRP X5, +1 page, at an address that no ADRP of the cache reaches: LDR X5 of the address in the words
+    // behind.
+    const std::vector<a64::word> words = emitted(0xB0000005, 0x7F0123456788);
+    ASSERT_GE(words.size(), 3u);
+    EXPECT_EQ(words[0] & 0xFF00001F, 0x58000005u);
+    const std::size_t literal = (words[0] >> 5) & 0x7FFFF;
+    ASSERT_EQ(words.size(), literal + 2);
+    EXPECT_EQ(words[literal], 0x23457000u);
+    EXPECT_EQ(words[literal + 1], 0x7F01u);
+}
+
+TEST(Mangling, BranchesOfUnknownExtensionsDoNotRun) {
+    EXPECT_EQ(emitted(0xD6FF0000, 0x1000), std::vector<a64::word>{0}); // unallocated branch to register
+    EXPECT_EQ(emitted(0x74000000, 0x1000), std::vector<a64::word>{0}); // compare and branch of two registers
+}
+
+// Code of this test run as the application, in a cache that holds a few dozen blocks only.
+thread_context* context;
+std::uint64_t expected_sum;
+
+std::uint64_t work() {
+    char text[64];
+    std::uint64_t sum = 0;
+    for (unsigned n = 0; n < 20; ++n) {
+        std::snprintf(text, sizeof text, "%u %x %.3f", n, n * 7, n / 8.0);
+        for (const char* c = text; *c; ++c)
+            sum = sum * 31 + static_cast<unsigned char>(*c);
+    }
+    return sum;
+}
+
+void application() {
+    const bool right = work() == expected_sum;
+    syscall(SYS_exit_group, right && context->cache->generation > 10 ? 42 : 43);
+}
+
+extern "C" const char __executable_start[], etext[];
+
+void run_in_small_cache() {
+    static char stack[1 << 18] __attribute__((aligned(16)));
+    context = create_thread_context();
+    create_code_cache(context, 0, 16384);
+    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
+                         reinterpret_cast<std::uint64_t>(etext));
+    context->app_tpidr = reinterpret_cast<std::uint64_t>(__builtin_thread_pointer());
+    context->sp = reinterpret_cast<std::uint64_t>(stack + sizeof stack);
+    context->pc = reinterpret_cast<std::uint64_t>(application);
+    run_application(context);
+}
+
+TEST(CodeCache, FullCacheStartsAnew) {
+    expected_sum = work();
+    EXPECT_EXIT(run_in_small_cache(), testing::ExitedWithCode(42), "");
+}
+
+} // namespace
