@@ -1,11 +1,31 @@
 #include "sve/library/element_counts.h"
 
+#include "sve/library/element_loops.h"
 #include "sve/library/predicate_patterns.h"
+#include "sve/library/saturation.h"
 
 template <class Element>
 static unsigned long count_elements(unsigned long pattern, unsigned long imm4, const CpuContext* context) {
     const int length = VecTrueILength(pattern, element_count<Element>(context));
     return static_cast<unsigned long>(length) * (imm4 + 1);
+}
+
+// `Element` is the type that is counted, `Value` that of the register: `combine` is SatAdd or SatSub.
+template <class Element, class Value, auto combine>
+static Value saturate_register(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               const CpuContext* context) {
+    const unsigned long count = count_elements<Element>(pattern, imm4, context);
+    return static_cast<Value>(combine(operand, count, width_of<Value>, std::is_unsigned_v<Value>).value);
+}
+
+// `combine` is AddInt or SubInt.
+template <class Element, auto combine>
+static VecV saturate_vector(const VecV& zdn, unsigned long pattern, unsigned long imm4,
+                            const CpuContext* context) {
+    const wide_integer count = Int(count_elements<Element>(pattern, imm4, context), 64, true);
+    return map_elements<Element>(zdn, context, [=](Element a) {
+        return SatQ(combine(widen(a), count), width_of<Element>, std::is_unsigned_v<Element>).value;
+    });
 }
 
 unsigned long VecU8CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
@@ -19,4 +39,166 @@ unsigned long VecU32CountVLSI(unsigned long pattern, unsigned long imm4, CpuCont
 }
 unsigned long VecU64CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
     return count_elements<std::uint64_t>(pattern, imm4, context);
+}
+
+std::int32_t VecS8QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                             CpuContext* context) {
+    return saturate_register<std::int8_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int32_t VecS16QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int16_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int32_t VecS32QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int32_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int32_t VecS64QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int64_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU8QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::uint8_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU16QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint16_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU32QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint32_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU64QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint64_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
+}
+
+std::int32_t VecS8QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                             CpuContext* context) {
+    return saturate_register<std::int8_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int32_t VecS16QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int16_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int32_t VecS32QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int32_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int32_t VecS64QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int64_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU16QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint16_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU32QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint32_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint32_t VecU64QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint64_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
+}
+
+std::int64_t VecS8QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                             CpuContext* context) {
+    return saturate_register<std::int8_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int64_t VecS16QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int16_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int64_t VecS32QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int32_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::int64_t VecS64QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int64_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU8QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::uint8_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU16QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint16_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU32QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint32_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU64QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint64_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
+}
+
+std::int64_t VecS8QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                             CpuContext* context) {
+    return saturate_register<std::int8_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int64_t VecS16QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int16_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int64_t VecS32QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int32_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::int64_t VecS64QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                              CpuContext* context) {
+    return saturate_register<std::int64_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU16QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint16_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU32QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint32_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
+}
+std::uint64_t VecU64QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
+                               CpuContext* context) {
+    return saturate_register<std::uint64_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
+}
+
+VecV VecS16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int16_t, AddInt>(zdn, pattern, imm4, context);
+}
+VecV VecS32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int32_t, AddInt>(zdn, pattern, imm4, context);
+}
+VecV VecS64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int64_t, AddInt>(zdn, pattern, imm4, context);
+}
+VecV VecU16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint16_t, AddInt>(zdn, pattern, imm4, context);
+}
+VecV VecU32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint32_t, AddInt>(zdn, pattern, imm4, context);
+}
+VecV VecU64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint64_t, AddInt>(zdn, pattern, imm4, context);
+}
+
+VecV VecS16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int16_t, SubInt>(zdn, pattern, imm4, context);
+}
+VecV VecS32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int32_t, SubInt>(zdn, pattern, imm4, context);
+}
+VecV VecS64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::int64_t, SubInt>(zdn, pattern, imm4, context);
+}
+VecV VecU16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint16_t, SubInt>(zdn, pattern, imm4, context);
+}
+VecV VecU32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint32_t, SubInt>(zdn, pattern, imm4, context);
+}
+VecV VecU64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
+    return saturate_vector<std::uint64_t, SubInt>(zdn, pattern, imm4, context);
 }

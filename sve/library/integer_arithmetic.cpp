@@ -1,0 +1,160 @@
+#include "sve/library/integer_arithmetic.h"
+
+#include "sve/library/bit_operations.h"
+
+template <class Element>
+static VecV reversed_subtract(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
+    return merge_binary<Element>(zdn, pg, zm, context, [](Element a, Element b) { return b - a; });
+}
+template <class Element>
+static VecV reversed_subtract(const VecV& zdn, Element immediate, const CpuContext* context) {
+    return map_elements<Element>(zdn, context, [=](Element a) { return immediate - a; });
+}
+
+template <class Element>
+static VecV absolute_difference(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
+    return merge_binary<Element>(
+        zdn, pg, zm, context, [](Element a, Element b) { return bits(AbsInt(SubInt(widen(a), widen(b)))); });
+}
+
+template <class Element>
+static VecV multiply_high(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
+    return merge_binary<Element>(zdn, pg, zm, context, [](Element a, Element b) {
+        return bits(ShiftRightInt(multiply_wide(widen(a), widen(b)), width_of<Element>));
+    });
+}
+
+// `pick` is Max or Min.
+template <class Element, auto pick>
+static VecV pick_from(const VecV& zdn, Element immediate, const CpuContext* context) {
+    return map_elements<Element>(zdn, context, [=](Element a) {
+        return pick(static_cast<std::uint64_t>(a), static_cast<std::uint64_t>(immediate), width_of<Element>,
+                    std::is_unsigned_v<Element>);
+    });
+}
+
+VecV VecU8SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return reversed_subtract<std::uint8_t>(zdn, pg, zm, context);
+}
+VecV VecU16SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return reversed_subtract<std::uint16_t>(zdn, pg, zm, context);
+}
+VecV VecU32SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return reversed_subtract<std::uint32_t>(zdn, pg, zm, context);
+}
+VecV VecU64SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return reversed_subtract<std::uint64_t>(zdn, pg, zm, context);
+}
+
+VecV VecS8AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::int8_t>(zdn, pg, zm, context);
+}
+VecV VecS16AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::int16_t>(zdn, pg, zm, context);
+}
+VecV VecS32AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::int32_t>(zdn, pg, zm, context);
+}
+VecV VecS64AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::int64_t>(zdn, pg, zm, context);
+}
+VecV VecU8AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::uint8_t>(zdn, pg, zm, context);
+}
+VecV VecU16AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::uint16_t>(zdn, pg, zm, context);
+}
+VecV VecU32AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::uint32_t>(zdn, pg, zm, context);
+}
+VecV VecU64AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return absolute_difference<std::uint64_t>(zdn, pg, zm, context);
+}
+
+VecV VecS8MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::int8_t>(zdn, pg, zm, context);
+}
+VecV VecS16MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::int16_t>(zdn, pg, zm, context);
+}
+VecV VecS32MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::int32_t>(zdn, pg, zm, context);
+}
+VecV VecS64MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::int64_t>(zdn, pg, zm, context);
+}
+VecV VecU8MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::uint8_t>(zdn, pg, zm, context);
+}
+VecV VecU16MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::uint16_t>(zdn, pg, zm, context);
+}
+VecV VecU32MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::uint32_t>(zdn, pg, zm, context);
+}
+VecV VecU64MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
+    return multiply_high<std::uint64_t>(zdn, pg, zm, context);
+}
+
+VecV VecU8SubRVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
+    return reversed_subtract<std::uint8_t>(zdn, immediate, context);
+}
+VecV VecU16SubRVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
+    return reversed_subtract<std::uint16_t>(zdn, immediate, context);
+}
+VecV VecU32SubRVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
+    return reversed_subtract<std::uint32_t>(zdn, immediate, context);
+}
+VecV VecU64SubRVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
+    return reversed_subtract<std::uint64_t>(zdn, immediate, context);
+}
+
+VecV VecS8MaxVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
+    return pick_from<std::int8_t, Max>(zdn, immediate, context);
+}
+VecV VecS16MaxVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
+    return pick_from<std::int16_t, Max>(zdn, immediate, context);
+}
+VecV VecS32MaxVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
+    return pick_from<std::int32_t, Max>(zdn, immediate, context);
+}
+VecV VecS64MaxVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
+    return pick_from<std::int64_t, Max>(zdn, immediate, context);
+}
+VecV VecU8MaxVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
+    return pick_from<std::uint8_t, Max>(zdn, immediate, context);
+}
+VecV VecU16MaxVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
+    return pick_from<std::uint16_t, Max>(zdn, immediate, context);
+}
+VecV VecU32MaxVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
+    return pick_from<std::uint32_t, Max>(zdn, immediate, context);
+}
+VecV VecU64MaxVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
+    return pick_from<std::uint64_t, Max>(zdn, immediate, context);
+}
+
+VecV VecS8MinVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
+    return pick_from<std::int8_t, Min>(zdn, immediate, context);
+}
+VecV VecS16MinVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
+    return pick_from<std::int16_t, Min>(zdn, immediate, context);
+}
+VecV VecS32MinVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
+    return pick_from<std::int32_t, Min>(zdn, immediate, context);
+}
+VecV VecS64MinVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
+    return pick_from<std::int64_t, Min>(zdn, immediate, context);
+}
+VecV VecU8MinVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
+    return pick_from<std::uint8_t, Min>(zdn, immediate, context);
+}
+VecV VecU16MinVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
+    return pick_from<std::uint16_t, Min>(zdn, immediate, context);
+}
+VecV VecU32MinVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
+    return pick_from<std::uint32_t, Min>(zdn, immediate, context);
+}
+VecV VecU64MinVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
+    return pick_from<std::uint64_t, Min>(zdn, immediate, context);
+}

@@ -1,0 +1,140 @@
+#include "sve/library/unary_integer.h"
+
+#include "sve/library/bit_operations.h"
+
+template <class Element>
+static VecV absolute(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return bits(AbsInt(widen(a))); });
+}
+
+template <class Element>
+static VecV complement(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return ~a; });
+}
+
+template <class Element>
+static VecV logical_not(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return a == 0; });
+}
+
+// `count` is BitCount, CountLeadingSignBits or CountLeadingZeroBits.
+template <class Element, auto count>
+static VecV count_bits(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return count(a, width_of<Element>); });
+}
+
+template <class Element, int unit>
+static VecV reverse(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context,
+                                [](Element a) { return Reverse(a, width_of<Element>, unit); });
+}
+
+template <class Element>
+static VecV extend_byte(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
+    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return a & 0xFF; });
+}
+
+VecV VecS8AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return absolute<std::int8_t>(zd, pg, zn, context);
+}
+VecV VecS16AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return absolute<std::int16_t>(zd, pg, zn, context);
+}
+VecV VecS32AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return absolute<std::int32_t>(zd, pg, zn, context);
+}
+VecV VecS64AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return absolute<std::int64_t>(zd, pg, zn, context);
+}
+
+VecV VecU8InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return complement<std::uint8_t>(zd, pg, zn, context);
+}
+VecV VecU16InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return complement<std::uint16_t>(zd, pg, zn, context);
+}
+VecV VecU32InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return complement<std::uint32_t>(zd, pg, zn, context);
+}
+VecV VecU64InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return complement<std::uint64_t>(zd, pg, zn, context);
+}
+
+VecV VecU8NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return logical_not<std::uint8_t>(zd, pg, zn, context);
+}
+VecV VecU16NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return logical_not<std::uint16_t>(zd, pg, zn, context);
+}
+VecV VecU32NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return logical_not<std::uint32_t>(zd, pg, zn, context);
+}
+VecV VecU64NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return logical_not<std::uint64_t>(zd, pg, zn, context);
+}
+
+VecV VecU8CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint8_t, BitCount>(zd, pg, zn, context);
+}
+VecV VecU16CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint16_t, BitCount>(zd, pg, zn, context);
+}
+VecV VecU32CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint32_t, BitCount>(zd, pg, zn, context);
+}
+VecV VecU64CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint64_t, BitCount>(zd, pg, zn, context);
+}
+
+VecV VecU8ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint8_t, CountLeadingSignBits>(zd, pg, zn, context);
+}
+VecV VecU16ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint16_t, CountLeadingSignBits>(zd, pg, zn, context);
+}
+VecV VecU32ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint32_t, CountLeadingSignBits>(zd, pg, zn, context);
+}
+VecV VecU64ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint64_t, CountLeadingSignBits>(zd, pg, zn, context);
+}
+
+VecV VecU8ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint8_t, CountLeadingZeroBits>(zd, pg, zn, context);
+}
+VecV VecU16ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint16_t, CountLeadingZeroBits>(zd, pg, zn, context);
+}
+VecV VecU32ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint32_t, CountLeadingZeroBits>(zd, pg, zn, context);
+}
+VecV VecU64ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return count_bits<std::uint64_t, CountLeadingZeroBits>(zd, pg, zn, context);
+}
+
+VecV VecU16Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return reverse<std::uint16_t, 1>(zd, pg, zn, context);
+}
+VecV VecU32Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return reverse<std::uint32_t, 1>(zd, pg, zn, context);
+}
+VecV VecU64Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return reverse<std::uint64_t, 1>(zd, pg, zn, context);
+}
+
+VecV VecU32Rev2V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return reverse<std::uint32_t, 2>(zd, pg, zn, context);
+}
+VecV VecU64Rev2V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return reverse<std::uint64_t, 2>(zd, pg, zn, context);
+}
+
+VecV VecU16Extnd12VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return extend_byte<std::uint16_t>(zd, pg, zn, context);
+}
+VecV VecU32Extnd14VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return extend_byte<std::uint32_t>(zd, pg, zn, context);
+}
+VecV VecU64Extnd18VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
+    return extend_byte<std::uint64_t>(zd, pg, zn, context);
+}
