@@ -57,8 +57,9 @@ inline aarch64_decode_rc compute_row(std::uint8_t* destination, Body body) {
 
 // Makes the lowest doubleword of a row the value and all others 0.
 inline aarch64_decode_rc store_scalar(std::uint8_t* destination, std::uint64_t value) {
-    return compute_row<std::uint64_t>(
-        destination, [value](int i) { return chunk<std::uint64_t>{i == 0 ? value : 0, 0}; });
+    return compute_row<std::uint64_t>(destination, [value](int i) {
+        return chunk<std::uint64_t>{i == 0 ? value : 0, 0};
+    });
 }
 
 // All bits set in each lane whose predicate element is active: the low bit of the lane read as one
@@ -112,6 +113,10 @@ template <class Element> inline Element load_element(const std::uint8_t* row_byt
     Element value;
     std::memcpy(&value, row_bytes + index * sizeof(Element), sizeof(Element));
     return value;
+}
+
+template <class Element> inline void store_element(std::uint8_t* row_bytes, int index, Element value) {
+    std::memcpy(row_bytes + index * sizeof(Element), &value, sizeof(Element));
 }
 
 // Calls `body` with a value of the element type that an element-size code selects. Codes are tested in the

@@ -1,25 +1,20 @@
 #include "sve/handlers/predicate_flags.h"
 
-#include "sve/handlers/elements.h"
-#include "sve/handlers/predicate_search.h"
+#include "sve/handlers/result_flags.h"
 
 template <class Element>
 void sve_ptest(cpu_state* state, const char* governing_bytes, const char* result_bytes) {
     const auto* governing = reinterpret_cast<const std::uint8_t*>(governing_bytes);
     const auto* result = reinterpret_cast<const std::uint8_t*>(result_bytes);
 
-    chunk<std::uint64_t> active_and_true = {};
+    chunk_array<chunks_per_row> active;
+    chunk_array<chunks_per_row> active_and_true;
 #pragma GCC unroll 8
-    for (int i = 0; i < chunks_per_row; ++i)
-        active_and_true |= load_chunk<std::uint64_t>(governing, i) & load_chunk<std::uint64_t>(result, i);
-    const bool zero = ((active_and_true[0] | active_and_true[1]) & element_lane_bits<Element>) == 0;
-
-    const auto active = [governing](int offset) { return predicate_word(governing, offset); };
-    const int first = first_true<Element>(active);
-    const int last = last_true<Element>(active);
-    const bool negative = first != vector_bytes && (result[first] & 1);
-    const bool carry = last < 0 || !(result[last] & 1);
-    write_predicate_flags(state, negative, zero, carry);
+    for (int i = 0; i < chunks_per_row; ++i) {
+        active[i] = load_chunk<std::uint64_t>(governing, i) & element_lane_bits<Element>;
+        active_and_true[i] = active[i] & load_chunk<std::uint64_t>(result, i);
+    }
+    write_result_flags<Element>(state, active, active_and_true);
 }
 
 template void sve_ptest<signed char>(cpu_state*, const char*, const char*);

@@ -1,0 +1,89 @@
+#include "sve/handlers/unary_integer.h"
+
+#include "sve/handlers/elements.h"
+
+namespace {
+
+// Operations on whole chunks.
+constexpr auto negate = [](auto value) { return -value; };
+
+// Exchanges the bits of the mask with those `distance` above, in every byte.
+template <int distance> chunk<std::uint8_t> exchange_bits(chunk<std::uint8_t> value, std::uint8_t mask) {
+    return blend<std::uint8_t>(broadcast(mask), value >> distance, value << distance);
+}
+
+template <class Element, int... byte>
+chunk<Element> reverse_element_bytes(chunk<std::uint8_t> value, std::integer_sequence<int, byte...>) {
+    constexpr int last = sizeof(Element) - 1;
+    return (chunk<Element>)__builtin_shufflevector(value, value, (byte ^ last)...);
+}
+
+constexpr auto reverse_bits = []<class Vector>(Vector value) {
+    using element = std::remove_cvref_t<decltype(value[0])>;
+    auto bytes = (chunk<std::uint8_t>)value;
+    bytes = exchange_bits<4>(bytes, 0x0F);
+    bytes = exchange_bits<2>(bytes, 0x33);
+    bytes = exchange_bits<1>(bytes, 0x55);
+    return reverse_element_bytes<element>(bytes, chunk_indices<std::uint8_t>());
+};
+
+constexpr auto exchange_words = [](chunk<std::uint64_t> value) { return value << 32 | value >> 32; };
+
+template <class Narrow>
+constexpr auto sign_extend = []<class Vector>(Vector value) {
+    using element = std::remove_cvref_t<decltype(value[0])>;
+    constexpr int shift = (sizeof(element) - sizeof(Narrow)) * 8;
+    return (Vector)((chunk<std::make_signed_t<element>>)(value << shift) >> shift);
+};
+
+template <class Narrow> constexpr auto zero_extend = [](auto value) { return value & Narrow(~Narrow{0}); };
+
+template <class Element, class Operation>
+aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn,
+                              Operation operation) {
+    std::uint8_t* row_bytes = state->z[zd.reg];
+    return compute_row<Element>(row_bytes, [&](int i) {
+        return blend<Element>(active_lanes<Element>(state->p[pg.reg], i),
+                              operation(load_chunk<Element>(state->z[zn.reg], i)),
+                              load_chunk<Element>(row_bytes, i));
+    });
+}
+
+// The smallest element is at least `Smallest`.
+template <class Smallest, class Operation>
+aarch64_decode_rc of_elements(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn,
+                              Operation operation) {
+    return dispatch_unsigned(zd.kind, [&](auto zero) {
+        using element = std::conditional_t<(sizeof zero < sizeof(Smallest)), Smallest, decltype(zero)>;
+        return merge_unary<element>(state, zd, pg, zn, operation);
+    });
+}
+
+} // namespace
+
+aarch64_decode_rc sve_neg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return of_elements<std::uint8_t>(state, zd, pg, zn, negate);
+}
+
+aarch64_decode_rc sve_rbit_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return of_elements<std::uint8_t>(state, zd, pg, zn, reverse_bits);
+}
+aarch64_decode_rc sve_revw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return merge_unary<std::uint64_t>(state, zd, pg, zn, exchange_words);
+}
+
+aarch64_decode_rc sve_sxtb_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return of_elements<std::uint16_t>(state, zd, pg, zn, sign_extend<std::uint8_t>);
+}
+aarch64_decode_rc sve_sxth_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return of_elements<std::uint32_t>(state, zd, pg, zn, sign_extend<std::uint16_t>);
+}
+aarch64_decode_rc sve_sxtw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return merge_unary<std::uint64_t>(state, zd, pg, zn, sign_extend<std::uint32_t>);
+}
+aarch64_decode_rc sve_uxth_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return of_elements<std::uint32_t>(state, zd, pg, zn, zero_extend<std::uint16_t>);
+}
+aarch64_decode_rc sve_uxtw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return merge_unary<std::uint64_t>(state, zd, pg, zn, zero_extend<std::uint32_t>);
+}
