@@ -96,3 +96,6 @@ constexpr std::uint32_t map_value(const map_description& map, int key) {
     }
     return value;
 }
+
+// The group of encodings that the architecture gives to SVE: bits 28 to 25 are 0010. Every row lies in it.
+constexpr bool is_in_sve_space(std::uint32_t word) { return (word >> 25 & 0xF) == 2; }

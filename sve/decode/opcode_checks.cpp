@@ -13,12 +13,14 @@ struct checked_row {
 #define HANDLER(map, key, stub, function, ...) {decode_map_id::map_##map, key, opcode_route::handler},
 #define LIBRARY(map, key, stub, ...) {decode_map_id::map_##map, key, opcode_route::library},
 #define PREFETCH(map, key, stub) {decode_map_id::map_##map, key, opcode_route::prefetch},
+#define FP_HANDLER HANDLER
 #define MISSING_HANDLER HANDLER
 #define MISSING_LIBRARY LIBRARY
 constexpr checked_row all_rows[] = {
 #include "sve/decode/opcodes.def"
 };
 #undef HANDLER
+#undef FP_HANDLER
 #undef LIBRARY
 #undef PREFETCH
 #undef MISSING_HANDLER
@@ -64,12 +66,21 @@ constexpr bool keys_are_whole() {
     return true;
 }
 
+constexpr bool rows_lie_in_sve_space() {
+    for (const checked_row& row : all_rows)
+        if ((map_mask(describe(row.map)) >> 25 & 0xF) != 0xF ||
+            !is_in_sve_space(map_value(describe(row.map), row.key)))
+            return false;
+    return true;
+}
+
 static_assert(row_count == 1483);
 static_assert(count_route(opcode_route::handler) == 730);
 static_assert(count_route(opcode_route::library) == 717);
 static_assert(count_route(opcode_route::prefetch) == 36);
 static_assert(maps_have_their_rows());
 static_assert(keys_are_whole(), "a key has no bits beyond its map's slices");
+static_assert(rows_lie_in_sve_space(), "look-ups pass over all other words");
 static_assert(rows_are_disjoint());
 
 } // namespace
