@@ -1,7 +1,14 @@
 #include "sve/decode/decoder.h"
 
+#include "sve/client/fault_trapping.h"
 #include "sve/client/statistics.h"
 #include "sve/decode/opcode_rows.h"
+#include "sve/library/memory_access.h"
+
+#include <unistd.h>
+
+// Static initialisation makes icounts first of all, and the rest in the order in which it stands here.
+std::uint32_t page_size = static_cast<std::uint32_t>(sysconf(_SC_PAGESIZE));
 
 namespace {
 
@@ -24,6 +31,9 @@ decode_map build_map(decode_map_id id) {
 
 namespace {
 
+// The last step of static initialisation.
+[[maybe_unused]] const std::uint32_t fault_trapping = SVEInitialize();
+
 // The maps by number.
 decode_map* const maps[decode_map_count] = {
 #define DECODE_MAP(slices, is_sve_order, execute_order, rows) &decode_map__##slices,
@@ -44,6 +54,8 @@ constexpr look_up_order is_sve_order = order_by(&map_description::is_sve_order);
 constexpr look_up_order execute_order = order_by(&map_description::execute_order);
 
 opcode_stub look_up(const look_up_order& order, unsigned int word) {
+    if (!is_in_sve_space(word)) // most words of a program: spares them the 44 searches
+        return nullptr;
     for (const int number : order) {
         const decode_map& map = *maps[number];
         const auto row = map.find(map_key(map_descriptions[number], word));

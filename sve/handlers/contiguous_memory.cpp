@@ -1,36 +1,8 @@
 #include "sve/handlers/contiguous_memory.h"
 
-#include "sve/handlers/elements.h"
-
-#include <atomic>
+#include "sve/handlers/memory_access.h"
 
 namespace {
-
-// An access of the program under emulation: of exactly this size, once, at any alignment, and in program
-// order with the other volatile accesses. The order is seen when one faults, so the compiler must neither
-// move nor merge nor vectorise them.
-template <class Memory> struct program_access {
-    using unaligned __attribute__((aligned(1), may_alias)) = volatile Memory;
-
-    static Memory read(std::uint64_t address) { return *reinterpret_cast<const unaligned*>(address); }
-    static void write(std::uint64_t address, Memory value) { *reinterpret_cast<unaligned*>(address) = value; }
-};
-
-// No page is smaller. An access of several elements at once is allowed within one page only: it then faults
-// at its first byte or not at all, as it would element by element.
-constexpr std::uint64_t smallest_page = 4096;
-
-template <int bytes> bool within_one_page(std::uint64_t address) {
-    return address % smallest_page <= smallest_page - bytes;
-}
-
-template <class Element> bool all_active(const std::uint8_t* predicate) {
-    chunk<std::uint64_t> both = load_chunk<std::uint64_t>(predicate, 0);
-#pragma GCC unroll 8
-    for (int i = 1; i < chunks_per_row; ++i)
-        both &= load_chunk<std::uint64_t>(predicate, i);
-    return (~(both[0] & both[1]) & element_lane_bits<Element>) == 0;
-}
 
 // Consecutive elements in host vectors.
 template <class Element, int parts> struct run {
@@ -98,19 +70,6 @@ template <class Memory, class Element, int parts>
         return truncate<Memory>(narrow);
     }
 }
-
-enum class activity { none, some, all };
-
-// What the lanes of the governing predicate say of a chunk.
-template <class Element> activity activity_of(chunk<std::uint64_t> lanes) {
-    if (((lanes[0] | lanes[1]) & element_lane_bits<Element>) == 0)
-        return activity::none;
-    return (~(lanes[0] & lanes[1]) & element_lane_bits<Element>) == 0 ? activity::all : activity::some;
-}
-
-// Stands between two steps of which the second may fault: whoever looks then, a signal handler or another
-// process, finds what the first has stored and nothing of the second.
-inline void complete_before_fault() { std::atomic_signal_fence(std::memory_order_seq_cst); }
 
 template <class Element, class Memory> struct contiguous {
     static constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
@@ -224,25 +183,14 @@ private:
     }
 };
 
-template <class Element, class Memory>
-std::uint64_t immediate_address(const cpu_state* state, aarch64_i_rsp_reg rn, int imm4) {
-    constexpr int row_in_memory = contiguous<Element, Memory>::row_in_memory;
-    return read_register(state, rn) + static_cast<std::uint64_t>(std::int64_t{imm4} * row_in_memory);
-}
-
-template <class Memory>
-std::uint64_t scaled_address(const cpu_state* state, aarch64_i_rsp_reg rn, aarch64_i_reg rm) {
-    return read_register(state, rn) + read_register(state, rm) * sizeof(Memory);
-}
-
 } // namespace
 
 // Both addressing forms of one instruction. A macro, since only that can make their names.
 #define CONTIGUOUS_HANDLERS(name, direction, element, memory)                                                \
     aarch64_decode_rc name##_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,                      \
                                   aarch64_i_rsp_reg rn, int imm4) {                                          \
-        return contiguous<element, memory>::direction(state, zt, pg,                                         \
-                                                      immediate_address<element, memory>(state, rn, imm4));  \
+        return contiguous<element, memory>::direction(                                                       \
+            state, zt, pg, immediate_address(state, rn, imm4, contiguous<element, memory>::row_in_memory));  \
     }                                                                                                        \
     aarch64_decode_rc name##_scaled_zprr(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,               \
                                          aarch64_i_rsp_reg rn, aarch64_i_reg rm) {                           \

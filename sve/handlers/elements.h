@@ -76,6 +76,15 @@ inline constexpr std::uint64_t element_lane_bits = sizeof(Element) == 1   ? 0x01
                                                    : sizeof(Element) == 4 ? 0x0000000100000001
                                                                           : 1;
 
+// Whether all elements of a row are active.
+template <class Element> bool all_active(const std::uint8_t* predicate) {
+    chunk<std::uint64_t> both = load_chunk<std::uint64_t>(predicate, 0);
+#pragma GCC unroll 8
+    for (int i = 1; i < chunks_per_row; ++i)
+        both &= load_chunk<std::uint64_t>(predicate, i);
+    return (~(both[0] & both[1]) & element_lane_bits<Element>) == 0;
+}
+
 // `active` where the mask's bits are set, `inactive` elsewhere.
 template <class Element>
 inline chunk<Element> blend(chunk<Element> mask, chunk<Element> active, chunk<Element> inactive) {

@@ -1,14 +1,7 @@
 // Contiguous loads and stores against a byte-by-byte definition, in memory that ends at unreadable pages.
 #include "sve/handlers/contiguous_memory.h"
 
-#include "tests/unit/state_tools.h"
-
-#include <csetjmp>
-#include <csignal>
-#include <memory>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <vector>
+#include "tests/unit/memory_tools.h"
 
 namespace {
 
@@ -16,141 +9,39 @@ struct contiguous_form {
     const char* name;
     contiguous_immediate_handler* immediate;
     contiguous_scaled_handler* scaled;
-    int element_bytes;
-    int memory_bytes;
-    bool sign_extends;
-    bool is_store;
+    transfer_kind kind;
 
-    int element_count() const { return vector_bytes / element_bytes; }
-    int row_in_memory() const { return element_count() * memory_bytes; }
+    int row_in_memory() const { return kind.element_count() * kind.memory_bytes; }
 };
 
 const contiguous_form forms[] = {
-    {"ld1b", sve_ld1b_zpri, sve_ld1b_scaled_zprr, 1, 1, false, false},
-    {"ld1b_h", sve_ld1b_h_zpri, sve_ld1b_h_scaled_zprr, 2, 1, false, false},
-    {"ld1b_s", sve_ld1b_s_zpri, sve_ld1b_s_scaled_zprr, 4, 1, false, false},
-    {"ld1b_d", sve_ld1b_d_zpri, sve_ld1b_d_scaled_zprr, 8, 1, false, false},
-    {"ld1sb_h", sve_ld1sb_h_zpri, sve_ld1sb_h_scaled_zprr, 2, 1, true, false},
-    {"ld1sb_s", sve_ld1sb_s_zpri, sve_ld1sb_s_scaled_zprr, 4, 1, true, false},
-    {"ld1sb_d", sve_ld1sb_d_zpri, sve_ld1sb_d_scaled_zprr, 8, 1, true, false},
-    {"ld1h", sve_ld1h_zpri, sve_ld1h_scaled_zprr, 2, 2, false, false},
-    {"ld1h_s", sve_ld1h_s_zpri, sve_ld1h_s_scaled_zprr, 4, 2, false, false},
-    {"ld1h_d", sve_ld1h_d_zpri, sve_ld1h_d_scaled_zprr, 8, 2, false, false},
-    {"ld1sh_s", sve_ld1sh_s_zpri, sve_ld1sh_s_scaled_zprr, 4, 2, true, false},
-    {"ld1sh_d", sve_ld1sh_d_zpri, sve_ld1sh_d_scaled_zprr, 8, 2, true, false},
-    {"ld1w", sve_ld1w_zpri, sve_ld1w_scaled_zprr, 4, 4, false, false},
-    {"ld1w_d", sve_ld1w_d_zpri, sve_ld1w_d_scaled_zprr, 8, 4, false, false},
-    {"ld1sw_d", sve_ld1sw_d_zpri, sve_ld1sw_d_scaled_zprr, 8, 4, true, false},
-    {"ld1d", sve_ld1d_zpri, sve_ld1d_scaled_zprr, 8, 8, false, false},
-    {"st1b", sve_st1b_zpri, sve_st1b_scaled_zprr, 1, 1, false, true},
-    {"st1b_h", sve_st1b_h_zpri, sve_st1b_h_scaled_zprr, 2, 1, false, true},
-    {"st1b_s", sve_st1b_s_zpri, sve_st1b_s_scaled_zprr, 4, 1, false, true},
-    {"st1b_d", sve_st1b_d_zpri, sve_st1b_d_scaled_zprr, 8, 1, false, true},
-    {"st1h", sve_st1h_zpri, sve_st1h_scaled_zprr, 2, 2, false, true},
-    {"st1h_s", sve_st1h_s_zpri, sve_st1h_s_scaled_zprr, 4, 2, false, true},
-    {"st1h_d", sve_st1h_d_zpri, sve_st1h_d_scaled_zprr, 8, 2, false, true},
-    {"st1w", sve_st1w_zpri, sve_st1w_scaled_zprr, 4, 4, false, true},
-    {"st1w_d", sve_st1w_d_zpri, sve_st1w_d_scaled_zprr, 8, 4, false, true},
-    {"st1d", sve_st1d_zpri, sve_st1d_scaled_zprr, 8, 8, false, true},
+    {"ld1b", sve_ld1b_zpri, sve_ld1b_scaled_zprr, {1, 1, false, false}},
+    {"ld1b_h", sve_ld1b_h_zpri, sve_ld1b_h_scaled_zprr, {2, 1, false, false}},
+    {"ld1b_s", sve_ld1b_s_zpri, sve_ld1b_s_scaled_zprr, {4, 1, false, false}},
+    {"ld1b_d", sve_ld1b_d_zpri, sve_ld1b_d_scaled_zprr, {8, 1, false, false}},
+    {"ld1sb_h", sve_ld1sb_h_zpri, sve_ld1sb_h_scaled_zprr, {2, 1, true, false}},
+    {"ld1sb_s", sve_ld1sb_s_zpri, sve_ld1sb_s_scaled_zprr, {4, 1, true, false}},
+    {"ld1sb_d", sve_ld1sb_d_zpri, sve_ld1sb_d_scaled_zprr, {8, 1, true, false}},
+    {"ld1h", sve_ld1h_zpri, sve_ld1h_scaled_zprr, {2, 2, false, false}},
+    {"ld1h_s", sve_ld1h_s_zpri, sve_ld1h_s_scaled_zprr, {4, 2, false, false}},
+    {"ld1h_d", sve_ld1h_d_zpri, sve_ld1h_d_scaled_zprr, {8, 2, false, false}},
+    {"ld1sh_s", sve_ld1sh_s_zpri, sve_ld1sh_s_scaled_zprr, {4, 2, true, false}},
+    {"ld1sh_d", sve_ld1sh_d_zpri, sve_ld1sh_d_scaled_zprr, {8, 2, true, false}},
+    {"ld1w", sve_ld1w_zpri, sve_ld1w_scaled_zprr, {4, 4, false, false}},
+    {"ld1w_d", sve_ld1w_d_zpri, sve_ld1w_d_scaled_zprr, {8, 4, false, false}},
+    {"ld1sw_d", sve_ld1sw_d_zpri, sve_ld1sw_d_scaled_zprr, {8, 4, true, false}},
+    {"ld1d", sve_ld1d_zpri, sve_ld1d_scaled_zprr, {8, 8, false, false}},
+    {"st1b", sve_st1b_zpri, sve_st1b_scaled_zprr, {1, 1, false, true}},
+    {"st1b_h", sve_st1b_h_zpri, sve_st1b_h_scaled_zprr, {2, 1, false, true}},
+    {"st1b_s", sve_st1b_s_zpri, sve_st1b_s_scaled_zprr, {4, 1, false, true}},
+    {"st1b_d", sve_st1b_d_zpri, sve_st1b_d_scaled_zprr, {8, 1, false, true}},
+    {"st1h", sve_st1h_zpri, sve_st1h_scaled_zprr, {2, 2, false, true}},
+    {"st1h_s", sve_st1h_s_zpri, sve_st1h_s_scaled_zprr, {4, 2, false, true}},
+    {"st1h_d", sve_st1h_d_zpri, sve_st1h_d_scaled_zprr, {8, 2, false, true}},
+    {"st1w", sve_st1w_zpri, sve_st1w_scaled_zprr, {4, 4, false, true}},
+    {"st1w_d", sve_st1w_d_zpri, sve_st1w_d_scaled_zprr, {8, 4, false, true}},
+    {"st1d", sve_st1d_zpri, sve_st1d_scaled_zprr, {8, 8, false, true}},
 };
-
-// Pages of memory between two that nothing can be read from or written to. Its end is an odd multiple of the
-// page size, so that it is the end of no larger page.
-class fenced_memory {
-public:
-    explicit fenced_memory(std::size_t pages)
-        : pages_(pages), page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-          reserved_(static_cast<std::uint8_t*>(
-              mmap(nullptr, (pages + 3) * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
-          begin_(reserved_ + page_) {
-        if (reinterpret_cast<std::uintptr_t>(end()) / page_ % 2 == 0)
-            begin_ += page_;
-        mprotect(begin(), size(), PROT_READ | PROT_WRITE);
-    }
-    ~fenced_memory() { munmap(reserved_, (pages_ + 3) * page_); }
-    fenced_memory(const fenced_memory&) = delete;
-
-    std::uint8_t* begin() const { return begin_; }
-    std::uint8_t* middle() const { return begin() + page_; }
-    std::uint8_t* end() const { return begin() + size(); }
-    std::size_t size() const { return pages_ * page_; }
-    std::vector<std::uint8_t> contents() const { return {begin(), end()}; }
-
-    void fill(unsigned seed) {
-        std::mt19937 generator(seed);
-        std::generate(begin(), end(), [&] { return static_cast<std::uint8_t>(generator()); });
-    }
-
-private:
-    std::size_t pages_;
-    std::size_t page_;
-    std::uint8_t* reserved_;
-    std::uint8_t* begin_;
-};
-
-sigjmp_buf after_fault;
-
-// Runs the action and tells whether a memory fault ended it.
-template <class Action> [[gnu::noinline]] bool faults(Action action) {
-    struct sigaction on_fault = {};
-    struct sigaction old_segv, old_bus;
-    on_fault.sa_handler = [](int) { siglongjmp(after_fault, 1); };
-    sigaction(SIGSEGV, &on_fault, &old_segv);
-    sigaction(SIGBUS, &on_fault, &old_bus);
-    const bool faulted = sigsetjmp(after_fault, 1) != 0;
-    if (!faulted)
-        action();
-    sigaction(SIGSEGV, &old_segv, nullptr);
-    sigaction(SIGBUS, &old_bus, nullptr);
-    return faulted;
-}
-
-struct outcome {
-    bool faulted = false;
-    std::uint64_t faulting = 0; // address of the element that faults
-};
-
-// Element by element, byte by byte: what the form does to the state and to the accessible memory, `memory`.
-// Stops at the first active element of which a byte is out of reach.
-outcome define(const contiguous_form& form, cpu_state& state, int zt, int pg, std::uint64_t address,
-               std::uint64_t memory_start, std::vector<std::uint8_t>& memory) {
-    for (int i = 0; i < form.element_count(); ++i) {
-        std::uint8_t* const element_bytes = state.z[zt] + i * form.element_bytes;
-        const bool active = state.p[pg][i * form.element_bytes] & 1;
-        const std::uint64_t at = address + static_cast<std::uint64_t>(i * form.memory_bytes);
-        if (active && (at < memory_start ||
-                       at + static_cast<std::uint64_t>(form.memory_bytes) > memory_start + memory.size()))
-            return {true, at};
-        if (form.is_store) {
-            if (active)
-                std::copy_n(element_bytes, form.memory_bytes, memory.begin() + (at - memory_start));
-            continue;
-        }
-        std::fill_n(element_bytes, form.element_bytes, std::uint8_t{0});
-        if (active) {
-            std::copy_n(memory.begin() + (at - memory_start), form.memory_bytes, element_bytes);
-            if (form.sign_extends && element_bytes[form.memory_bytes - 1] >= 0x80)
-                std::fill_n(element_bytes + form.memory_bytes, form.element_bytes - form.memory_bytes,
-                            std::uint8_t{0xFF});
-        }
-    }
-    return {};
-}
-
-void set_predicate_of_size(int element_bytes, std::uint8_t* predicate, predicate_shape shape, unsigned seed) {
-    switch (element_bytes) {
-    case 1:
-        return set_predicate<std::uint8_t>(predicate, shape, seed);
-    case 2:
-        return set_predicate<std::uint16_t>(predicate, shape, seed);
-    case 4:
-        return set_predicate<std::uint32_t>(predicate, shape, seed);
-    default:
-        return set_predicate<std::uint64_t>(predicate, shape, seed);
-    }
-}
-
-aarch64_z_reg data_register(int zt) { return z_operand(zt, byte_elements); }
 
 // Executes the form with registers and addressing drawn from the seed, in such a way that its address is as
 // given, and compares state and memory with the definition.
@@ -158,7 +49,6 @@ void check(const contiguous_form& form, predicate_shape shape, std::uint8_t* sta
            const cpu_state& random, unsigned seed) {
     std::mt19937_64 generator(seed);
     const auto address = reinterpret_cast<std::uint64_t>(start);
-    const auto accessible = reinterpret_cast<std::uint64_t>(memory.begin());
     const int zt = static_cast<int>(generator() % 32);
     const int pg = static_cast<int>(generator() % 8);
     const int rn = generator() % 4 == 0 ? 31 : static_cast<int>(generator() % 31);
@@ -167,35 +57,23 @@ void check(const contiguous_form& form, predicate_shape shape, std::uint8_t* sta
     const bool scaled = generator() % 2;
 
     cpu_state state = random;
-    set_predicate_of_size(form.element_bytes, state.p[pg], shape, seed);
+    set_predicate_of_size(form.kind.element_bytes, state.p[pg], shape, seed);
     if (!scaled)
         state.x[rn] = address - static_cast<std::uint64_t>(imm4 * form.row_in_memory());
     else if (rm == 31)
         state.x[rn] = address;
     else
-        state.x[rn] = address - state.x[rm] * static_cast<std::uint64_t>(form.memory_bytes);
+        state.x[rn] = address - state.x[rm] * static_cast<std::uint64_t>(form.kind.memory_bytes);
 
-    cpu_state expected = state;
-    std::vector<std::uint8_t> expected_memory = memory.contents();
-    const outcome defined = define(form, expected, zt, pg, address, accessible, expected_memory);
-
-    const aarch64_p_reg governing = p_operand(pg, aarch64_p_reg::zeroing);
-    const bool faulted = faults([&] {
-        const aarch64_decode_rc rc =
-            scaled ? form.scaled(&state, data_register(zt), governing, {rn, 3}, i_operand(rm))
-                   : form.immediate(&state, data_register(zt), governing, {rn, 3}, imm4);
-        EXPECT_EQ(rc, aarch64_emulated);
+    std::vector<transfer> transfers;
+    for (int i = 0; i < form.kind.element_count(); ++i)
+        transfers.push_back({zt, i, address + static_cast<std::uint64_t>(i * form.kind.memory_bytes)});
+    expect_transfers(form.kind, transfers, pg, state, memory, [&](cpu_state* actual) {
+        return scaled ? form.scaled(actual, data_register(zt), governing_register(pg), base_register(rn),
+                                    i_operand(rm))
+                      : form.immediate(actual, data_register(zt), governing_register(pg), base_register(rn),
+                                       imm4);
     });
-
-    EXPECT_EQ(faulted, defined.faulted);
-    EXPECT_TRUE(same_state(state, expected));
-    // What part of an element that straddles the end of a page a processor writes is its own affair.
-    for (int k = 0; defined.faulted && form.is_store && k < form.memory_bytes; ++k) {
-        const std::uint64_t offset = defined.faulting + static_cast<std::uint64_t>(k) - accessible;
-        if (offset < memory.size())
-            expected_memory[offset] = memory.begin()[offset];
-    }
-    EXPECT_TRUE(memory.contents() == expected_memory);
 }
 
 // Every form at every distance from a boundary of memory of so many pages.
@@ -272,10 +150,10 @@ TEST(ContiguousMemory, NothingActiveAccessesNothingWhateverTheAddress) {
     for (const std::uint64_t base : {std::uint64_t{0}, std::uint64_t{1} << 63, ~std::uint64_t{0} - 3}) {
         for (const contiguous_form& form : forms) {
             cpu_state state = random_state(3);
-            set_predicate_of_size(form.element_bytes, state.p[2], predicate_shape::all_false, 4);
+            set_predicate_of_size(form.kind.element_bytes, state.p[2], predicate_shape::all_false, 4);
             state.x[9] = base;
             cpu_state expected = state;
-            if (!form.is_store)
+            if (!form.kind.is_store)
                 std::fill_n(expected.z[30], vector_bytes, std::uint8_t{0});
             EXPECT_FALSE(faults([&] {
                 form.immediate(&state, data_register(30), p_operand(2, aarch64_p_reg::zeroing), {9, 3}, 0);
