@@ -103,21 +103,4 @@ TEST(Prefetches, ChangeNothingAtAll) {
     EXPECT_EQ(count, 36);
 }
 
-TEST(MissingOpcodes, ReportThatTheyDidNotEmulate) {
-    for_each_opcode([&](const opcode_row& row) {
-        if (!row.missing)
-            return;
-        unsigned int word = map_value(describe(row.map), row.key);
-        cpu_state state = random_state(5);
-        state.pc = &word;
-        cpu_state expected = state;
-        expected.instr_word = word;
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(row.stub(&state, word), aarch64_not_emulated) << row.name;
-        const std::string line = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(line.rfind("Unimplemented instruction: [  ", 0), 0u) << line;
-        EXPECT_TRUE(same_state(state, expected)) << row.name;
-    });
-}
-
 } // namespace

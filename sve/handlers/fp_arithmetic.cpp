@@ -1,0 +1,147 @@
+#include "sve/handlers/fp_arithmetic.h"
+
+#include "sve/fp/fp_formats.h"
+#include "sve/handlers/fp_elements.h"
+
+namespace {
+
+// Operations on single elements.
+constexpr auto add = [](host_fp fp, auto a, auto b) { return fp.fadd(a, b); };
+constexpr auto subtract = [](host_fp fp, auto a, auto b) { return fp.fsub(a, b); };
+constexpr auto subtract_reversed = [](host_fp fp, auto a, auto b) { return fp.fsub(b, a); };
+constexpr auto multiply = [](host_fp fp, auto a, auto b) { return fp.fmul(a, b); };
+constexpr auto divide = [](host_fp fp, auto a, auto b) { return fp.fdiv(a, b); };
+constexpr auto divide_reversed = [](host_fp fp, auto a, auto b) { return fp.fdiv(b, a); };
+constexpr auto maximum = [](host_fp fp, auto a, auto b) { return fp.fmax(a, b); };
+constexpr auto maximum_number = [](host_fp fp, auto a, auto b) { return fp.fmaxnm(a, b); };
+constexpr auto minimum_number = [](host_fp fp, auto a, auto b) { return fp.fminnm(a, b); };
+
+template <class Operation>
+aarch64_decode_rc predicated(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
+                             Operation operation) {
+    return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
+        using element = decltype(zero);
+        return compute_active_elements<element>(
+            state->z[zdn.reg], state->p[pg.reg],
+            [fp = host_fp(state), operation](element a, element b) { return operation(fp, a, b); },
+            state->z[zdn.reg], state->z[zm.reg]);
+    });
+}
+
+// The constant is 2^clear or 2^set, as i1 is.
+template <class Operation>
+aarch64_decode_rc with_constant(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                                aarch64_sve_fp_arith_imm imm, int clear, int set, Operation operation) {
+    return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
+        using element = decltype(zero);
+        const element constant = FPFormat<element>::power_of_two(imm.i1 ? set : clear);
+        return compute_active_elements<element>(
+            state->z[zdn.reg], state->p[pg.reg],
+            [fp = host_fp(state), operation, constant](element a) { return operation(fp, a, constant); },
+            state->z[zdn.reg]);
+    });
+}
+
+template <class Operation>
+aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm,
+                               Operation operation) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        using element = decltype(zero);
+        return compute_elements<element>(
+            state->z[zd.reg],
+            [fp = host_fp(state), operation](element a, element b) { return operation(fp, a, b); },
+            state->z[zn.reg], state->z[zm.reg]);
+    });
+}
+
+} // namespace
+
+aarch64_decode_rc sve_fadd_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, add);
+}
+aarch64_decode_rc sve_fsub_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, subtract);
+}
+aarch64_decode_rc sve_fsubr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, subtract_reversed);
+}
+aarch64_decode_rc sve_fmul_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, multiply);
+}
+aarch64_decode_rc sve_fdiv_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, divide);
+}
+aarch64_decode_rc sve_fdivr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, divide_reversed);
+}
+aarch64_decode_rc sve_fmax_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, maximum);
+}
+aarch64_decode_rc sve_fmaxnm_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, maximum_number);
+}
+aarch64_decode_rc sve_fminnm_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
+    return predicated(state, zdn, pg, zm, minimum_number);
+}
+
+aarch64_decode_rc sve_fadd_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                               aarch64_sve_fp_arith_imm imm) {
+    return with_constant(state, zdn, pg, imm, -1, 0, add);
+}
+aarch64_decode_rc sve_fsub_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                               aarch64_sve_fp_arith_imm imm) {
+    return with_constant(state, zdn, pg, imm, -1, 0, subtract);
+}
+aarch64_decode_rc sve_fsubr_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                                aarch64_sve_fp_arith_imm imm) {
+    return with_constant(state, zdn, pg, imm, -1, 0, subtract_reversed);
+}
+aarch64_decode_rc sve_fmul_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                               aarch64_sve_fp_arith_imm imm) {
+    return with_constant(state, zdn, pg, imm, -1, 1, multiply);
+}
+
+aarch64_decode_rc sve_fadd_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
+    return unpredicated(state, zd, zn, zm, add);
+}
+aarch64_decode_rc sve_fsub_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
+    return unpredicated(state, zd, zn, zm, subtract);
+}
+aarch64_decode_rc sve_fmul_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
+    return unpredicated(state, zd, zn, zm, multiply);
+}
+
+aarch64_decode_rc sve_fneg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        using element = decltype(zero);
+        return compute_row<element>(state->z[zd.reg], [&](int i) {
+            const chunk<element> value = load_chunk<element>(state->z[zn.reg], i);
+            return blend<element>(active_lanes<element>(state->p[pg.reg], i),
+                                  value ^ broadcast(FPFormat<element>::sign_bit),
+                                  load_chunk<element>(state->z[zd.reg], i));
+        });
+    });
+}
+
+aarch64_decode_rc sve_fsqrt_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        using element = decltype(zero);
+        return compute_active_elements<element>(
+            state->z[zd.reg], state->p[pg.reg], [fp = host_fp(state)](element a) { return fp.fsqrt(a); },
+            state->z[zn.reg]);
+    });
+}
+
+aarch64_decode_rc sve_fdup_zi(cpu_state* state, aarch64_z_reg zd, aarch64_sve_fp_dup_imm imm) {
+    const auto fill = [row = state->z[zd.reg]](auto value) {
+        return compute_row<decltype(value)>(row, [&](int) { return broadcast(value); });
+    };
+    switch (zd.kind) {
+    case doubleword_elements:
+        return fill(imm.double_precision);
+    case halfword_elements:
+        return fill(imm.half);
+    default:
+        return fill(imm.single_precision);
+    }
+}

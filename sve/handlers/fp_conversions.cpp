@@ -1,0 +1,54 @@
+#include "sve/handlers/fp_conversions.h"
+
+#include "sve/handlers/fp_elements.h"
+
+namespace {
+
+// Converts Integer to the number whose bits are Bits.
+template <class Integer, class Bits>
+aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    using element = std::conditional_t<sizeof(Integer) == 4, Bits, std::make_unsigned_t<Integer>>;
+    return compute_active_elements<element>(
+        state->z[zd.reg], state->p[pg.reg],
+        [fp = host_fp(state)](element value) -> element {
+            const auto integer = static_cast<Integer>(value);
+            if constexpr (std::is_signed_v<Integer>)
+                return fp.template scvtf<Bits>(integer);
+            else
+                return fp.template ucvtf<Bits>(integer);
+        },
+        state->z[zn.reg]);
+}
+
+} // namespace
+
+aarch64_decode_rc sve_frinta_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        using element = decltype(zero);
+        return compute_active_elements<element>(
+            state->z[zd.reg], state->p[pg.reg], [fp = host_fp(state)](element a) { return fp.frinta(a); },
+            state->z[zn.reg]);
+    });
+}
+
+aarch64_decode_rc sve_scvtf_s2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::int32_t, std::uint32_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_scvtf_s2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::int32_t, std::uint64_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_scvtf_d2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::int64_t, std::uint32_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_scvtf_d2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::int64_t, std::uint64_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_ucvtf_s2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::uint32_t, std::uint32_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_ucvtf_s2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::uint32_t, std::uint64_t>(state, zd, pg, zn);
+}
+aarch64_decode_rc sve_ucvtf_d2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return convert<std::uint64_t, std::uint64_t>(state, zd, pg, zn);
+}
