@@ -22,7 +22,7 @@ export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
 help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
-	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER=)'
+	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
 	@echo 'make bench            count what emulated instructions cost'
 	@echo 'make missing          list the opcodes that are not carried yet'
 	@echo 'make format           format the sources (clang-format 14)'
@@ -40,11 +40,16 @@ bench: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target stub_cost_table
 
 # What every opcode does, against a processor with 1024-bit SVE: SEED=, ITERATIONS= (states for each opcode), FILTER=.
+# With DEPTH=, the floating-point kernels as well, DEPTH thousand random operands for each operation.
 ITERATIONS ?= 1000
 conformance: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target conformance
 	sh tests/conformance/run.sh build/aarch64/bin/conformance --iterations $(ITERATIONS) $(if $(SEED),--seed $(SEED)) \
 		$(if $(FILTER),--filter '$(FILTER)')
+ifdef DEPTH
+	cmake --build --preset $(AARCH64) --target fp_hardware
+	sh tests/conformance/run.sh build/aarch64/bin/fp_hardware $(DEPTH) $(SEED)
+endif
 
 missing: configure-$(lastword $(TREES))
 	cmake --build --preset $(lastword $(TREES)) --target missing_opcodes

@@ -39,4 +39,8 @@ bool drmgr_unregister_tls_field(int idx);
 void* drmgr_get_tls_field(void* drcontext, int idx);
 bool drmgr_set_tls_field(void* drcontext, int idx, void* value);
 
+// Inserts meta code that loads the running thread's field into an X register other than the stolen one. False
+// if there is no such field.
+bool drmgr_insert_read_tls_field(void* drcontext, int idx, instrlist_t* ilist, instr_t* where, reg_id_t reg);
+
 } // extern "C"

@@ -1,7 +1,10 @@
 #include "drmgr.h"
 
 #include "drreg.h"
+#include "framework/aarch64/encode.h"
 #include "framework/ir/callbacks.h"
+#include "framework/ir/instruction.h"
+#include "framework/ir/operand.h"
 #include "framework/runtime/thread_context.h"
 
 #include <cassert>
@@ -81,6 +84,18 @@ bool drmgr_set_tls_field(void* drcontext, int idx, void* value) {
     if (drcontext == nullptr || !is_tls_field(idx))
         return false;
     context_of(drcontext)->tls_field[idx] = value;
+    return true;
+}
+
+bool drmgr_insert_read_tls_field(void*, int idx, instrlist_t* ilist, instr_t* where, reg_id_t reg) {
+    if (!is_tls_field(idx))
+        return false;
+    assert(!reg_is_stolen(reg));
+    const std::size_t offset =
+        offsetof(thread_context, tls_field) + static_cast<std::size_t>(idx) * sizeof(void*);
+    insert_meta_word(
+        ilist, where,
+        a64::ldr_x(numbered_x_register(reg), a64::stolen_register, static_cast<std::int64_t>(offset)));
     return true;
 }
 

@@ -70,8 +70,13 @@ void insert_move(const replaced_instruction& at, reg_id_t destination, reg_id_t 
     insert(at, XINST_CREATE_move(at.drcontext, opnd_create_reg(destination), opnd_create_reg(source)));
 }
 
-// The pointer is that of the thread that builds the block: caches are private to their threads.
+// Where each thread runs only blocks that it built itself, the pointer is that of the thread that builds, as
+// an immediate. Where threads share their blocks, each fetches its own when it runs one.
 void insert_state_pointer(const replaced_instruction& at) {
+    if (!dr_using_all_private_caches()) {
+        drmgr_insert_read_tls_field(at.drcontext, tls_idx, at.bb, at.instr, state_register);
+        return;
+    }
     void* state = drmgr_get_tls_field(at.drcontext, tls_idx);
     instrlist_insert_mov_immed_ptrsz(at.drcontext, reinterpret_cast<ptr_int_t>(state),
                                      opnd_create_reg(state_register), at.bb, at.instr, nullptr, nullptr);

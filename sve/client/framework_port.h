@@ -1,5 +1,5 @@
-// The framework as the client sees it, and the one place for what differs between frameworks and their
-// versions.
+// The framework as the client sees it. All that the client includes of a framework comes from here; what
+// differs between frameworks, and between their versions, stands in one file for each.
 #pragma once
 
 #include "dr_api.h"
@@ -7,13 +7,22 @@
 #include "drmgr.h"
 #include "drreg.h"
 
-#include "dr_call_kelvo.h"
+// The spill slots in which inserted code leaves the application's X26, X27 and X28, and from which it takes
+// them back.
+inline constexpr dr_spill_slot_t x26_slot = SPILL_SLOT_1;
+inline constexpr dr_spill_slot_t x27_slot = SPILL_SLOT_2;
+inline constexpr dr_spill_slot_t x28_slot = SPILL_SLOT_3;
 
-// Newer versions have the event in drmgr, and hide the older name behind a macro there.
-inline void register_process_exit_event(void (*event)()) {
-#ifdef dr_register_exit_event
-    drmgr_register_exit_event(event);
+// For dr_log. The mask has no name that all versions declare.
+inline constexpr uint all_log_categories = 0x00FFFFFF;
+
+// Besides dr_insert_call_kelvo (see framework/include/dr_call_kelvo.h), each file has:
+//   register_process_exit_event(event)   registers the callback that runs once, at the end of the process
+//   register_framework_events()          registers what only this framework raises; false if it refuses
+//   check_framework_options()            ends the process, with one line, if the client can't work with the
+//                                        options that the framework was started with
+#ifdef OSTREL_DYNAMORIO
+#include "sve/client/port_dynamorio.h"
 #else
-    dr_register_exit_event(event);
+#include "sve/client/port_engine.h"
 #endif
-}

@@ -52,7 +52,7 @@ static void event_thread_exit(void* drcontext) {
 }
 
 static void event_exit() {
-    dr_log(nullptr, DR_LOG_ALL, 1, "SVE client exiting\n");
+    dr_log(nullptr, all_log_categories, 1, "SVE client exiting\n");
     const char* name = basename(exe->full_path);
     std::fprintf(stderr, "%s: %lu SVE instructions executed\n", name, sve_instr_count.load());
     std::fprintf(stderr, "%s: %lu Non-SVE AArch64 instructions executed\n", name, aarch64_instr_count);
@@ -67,6 +67,7 @@ extern "C" DR_EXPORT void dr_client_main(client_id_t, int argc, const char* argv
     options.struct_size = sizeof options;
     dr_set_client_name("Ostrel SVE emulation client", "the Ostrel project's issue tracker");
     check_arguments(argc, argv);
+    check_framework_options();
 
     client_assert(drmgr_init(), "false");
     client_assert(drreg_init(&options) == DRREG_SUCCESS, "false");
@@ -79,9 +80,10 @@ extern "C" DR_EXPORT void dr_client_main(client_id_t, int argc, const char* argv
     drmgr_register_thread_exit_event(event_thread_exit);
     register_process_exit_event(event_exit);
     client_assert(drmgr_register_bb_app2app_event(event_instruction_change, nullptr), "false");
+    client_assert(register_framework_events(), "false");
     tls_idx = drmgr_register_tls_field();
 
     sve_instr_count = 0;
     aarch64_instr_count = 0;
-    dr_log(nullptr, DR_LOG_ALL, 1, "SVE client initializing\n");
+    dr_log(nullptr, all_log_categories, 1, "SVE client initializing\n");
 }

@@ -35,6 +35,7 @@ RECORD(void, dr_thread_free, (void* drcontext, void* memory, size_t size), (drco
 RECORD(module_data_t*, dr_lookup_module, (byte * pc), (pc))
 RECORD(void, dr_free_module_data, (module_data_t * data), (data))
 RECORD(reg_id_t, dr_get_stolen_reg, (), ())
+RECORD(bool, dr_using_all_private_caches, (), ())
 
 extern "C" void __wrap_dr_log(void* drcontext, uint mask, uint level, const char* format, ...) {
     char text[256];

@@ -233,6 +233,39 @@ TEST_F(inserted_code, joins_neighbours_and_keeps_what_only_the_state_holds) {
     EXPECT_EQ(sve_instr_count, 2u);
 }
 
+// One block, built by one thread and run by two.
+TEST_F(inserted_code, of_a_shared_block_works_on_the_running_threads_state) {
+    program_code[0] = sve_add;
+    failing_call = "dr_using_all_private_caches";
+    thread_context other = {};
+    raise_thread_init(&other);
+    other.client_call_entry = context.client_call_entry;
+    auto* other_state = static_cast<cpu_state*>(drmgr_get_tls_field(&other, tls_idx));
+    for (cpu_state* of_thread : {state(), other_state})
+        std::memset(of_thread->z[1] + 16, of_thread == state() ? 3 : 5, vector_bytes - 16);
+    processor expected = before;
+    for (int byte = 0; byte < 16; ++byte)
+        expected.q[0][byte] = static_cast<std::uint8_t>(before.q[1][byte] + before.q[2][byte]);
+
+    expect_equal(run(1), expected);
+    EXPECT_EQ(state()->z[0][100], 3);
+    EXPECT_EQ(other_state->z[0][100], 0);
+
+    set_current_drcontext(&other);
+    processor registers = before;
+    run_code(&registers, &other, code);
+    registers.x[17] = 0;
+    expect_equal(registers, expected);
+    EXPECT_EQ(other_state->z[0][100], 5);
+    EXPECT_EQ(other_state->x[3], before.x[3]);
+    EXPECT_EQ(state()->z[0][100], 3);
+    EXPECT_EQ(sve_instr_count, 2u);
+
+    set_current_drcontext(&context);
+    raise_thread_exit(&other);
+    failing_call.clear();
+}
+
 // Every register that an instruction might write, the three spilled ones among them.
 aarch64_decode_rc change_everything(cpu_state* state, unsigned int) {
     for (std::uint64_t& x : state->x)

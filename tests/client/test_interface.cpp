@@ -107,6 +107,29 @@ TEST_F(events, thread_fields_are_numbered_until_none_is_left) {
     EXPECT_EQ(drmgr_register_tls_field(), fields[5]);
 }
 
+TEST_F(events, read_a_thread_field_in_inserted_code) {
+    const int first = drmgr_register_tls_field();
+    int last = first;
+    while (const int field = drmgr_register_tls_field() + 1)
+        last = field - 1;
+    ASSERT_EQ(last, client_tls_fields - 1);
+    instrlist_t* list = create_instruction_list();
+    EXPECT_TRUE(drmgr_insert_read_tls_field(nullptr, first, list, nullptr, DR_REG_X27));
+    EXPECT_TRUE(drmgr_insert_read_tls_field(nullptr, last, list, nullptr, DR_REG_X0));
+    EXPECT_FALSE(drmgr_insert_read_tls_field(nullptr, client_tls_fields, list, nullptr, DR_REG_X27));
+    drmgr_unregister_tls_field(last);
+    EXPECT_FALSE(drmgr_insert_read_tls_field(nullptr, last, list, nullptr, DR_REG_X27));
+
+    // ldr x27, [x28, #offset] and ldr x0, [x28, #offset + 63 * 8]
+    constexpr std::uint32_t scaled = offsetof(thread_context, tls_field) / 8;
+    ASSERT_NE(list->first, nullptr);
+    EXPECT_EQ(list->first->word, 0xF940039B | scaled << 10);
+    EXPECT_TRUE(instr_is_meta(list->first));
+    ASSERT_EQ(list->first->next, list->last);
+    EXPECT_EQ(list->last->word, 0xF9400380 | (scaled + 63) << 10);
+    destroy_instruction_list(list);
+}
+
 TEST(options, stop_where_the_client_has_nothing_to_read) {
     const struct {
         std::vector<const char*> arguments;
@@ -197,7 +220,7 @@ TEST(modules, are_copies) {
         EXPECT_EQ(module->end, mapping + 32);
         EXPECT_EQ(module->entry_point, mapping + 8);
         EXPECT_STREQ(module->full_path, "/a/b/prog");
-        EXPECT_NE(module->full_path, program.full_path);
+        EXPECT_NE(module->full_path, program.full_path.c_str());
         EXPECT_STREQ(module->names.file_name, "prog");
     }
     EXPECT_EQ(dr_lookup_module(mapping + 32), nullptr);
