@@ -362,6 +362,9 @@ TEST(FPElement, StatusIsMergedAndMasked) {
         &context, [](FPSCR& fpscr) { return FPAdd<single>(0x7FC00001, 0, fpscr); }, DN);
     EXPECT_EQ(not_default, 0x7FC00001u);
     EXPECT_TRUE(call_fp_kernel(&context, FPCompareEQ<half>, half{0}, half{0x8000}));
+    context.fpcr = FZ;
+    call_fp_kernel(&context, FPAdd<single>, 1u, 0u);
+    EXPECT_EQ(context.fpsr, 0x98000083u); // a flushed operand counts too
 }
 
 } // namespace
