@@ -1,15 +1,18 @@
 // The launcher: ostrel [OPTIONS] PROGRAM [ARG...].
 #include <cstdio>
 #include <cstring>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
+#include "framework/loader/module.h"
 #include "framework/loader/program_image.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/code_cache.h"
-#include "framework/runtime/dispatcher.h"
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/program_break.h"
+#include "framework/runtime/raw_system_call.h"
+#include "framework/runtime/threads.h"
 
 namespace {
 
@@ -66,6 +69,20 @@ const Elf64_auxv_t* auxiliary_vector_behind(char** environment) {
     return reinterpret_cast<const Elf64_auxv_t*>(environment + 1);
 }
 
+// Maps the interpreter that is to load the program's libraries and to start it.
+program_image load_interpreter(const std::string& path) {
+    load_error error;
+    program_image image;
+    const std::optional<elf_file> file = open_elf_file(path.c_str(), error);
+    if (!file || !map_program(*file, 0, image, error)) {
+        error.reason = "interpreter " + path + ": " + error.reason;
+        die_of_load_error(error);
+    }
+    close(file->descriptor);
+    add_library(image, path.c_str());
+    return image;
+}
+
 // Maps the program and its stack; returns the initial state.
 thread_context* load(char** arguments, const Elf64_auxv_t* auxiliary) {
     set_program_name(arguments[0]);
@@ -75,19 +92,25 @@ thread_context* load(char** arguments, const Elf64_auxv_t* auxiliary) {
         die_with_message(status_not_found, "command not found");
     const std::optional<elf_file> file = open_elf_file(path.c_str(), error);
     program_image image;
-    if (!file || !map_program(*file, image, error))
+    if (!file || !map_program(*file, program_base, image, error))
         die_of_load_error(error);
     close(file->descriptor);
-    const std::uint64_t sp = build_initial_stack(image, path.c_str(), arguments, environ, auxiliary, error);
-    if (!sp)
-        die_of_load_error(error);
     set_main_module(image, path.c_str());
     set_initial_break(image.end);
 
+    program_image interpreter{};
+    if (!file->interpreter.empty())
+        interpreter = load_interpreter(file->interpreter);
+    const std::uint64_t sp =
+        build_initial_stack(image, interpreter.bias, path.c_str(), arguments, environ, auxiliary, error);
+    if (!sp)
+        die_of_load_error(error);
+
     thread_context* const context = create_thread_context();
-    if (!context || !create_code_cache(context, image.start))
+    main_cache_place = image.start;
+    if (!context || !create_code_cache(context, main_cache_place))
         die_with_message(status_cannot_execute, "no memory for the code cache");
-    context->pc = image.entry;
+    context->pc = file->interpreter.empty() ? image.entry : interpreter.entry;
     context->sp = sp;
     return context;
 }
@@ -105,7 +128,8 @@ int main(int, char** arguments) {
     thread_context* const context = load(command.program, auxiliary_vector_behind(environ));
     if (!options_first)
         start_client(static_cast<int>(command.client_arguments.size()), command.client_arguments.data());
-    set_current_drcontext(context);
-    raise_thread_init(context);
-    run_application(context);
+    run_thread(context);
+    // The process lives on in its other threads.
+    for (;;)
+        raw_system_call(SYS_exit, 0);
 }

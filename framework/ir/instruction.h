@@ -20,6 +20,9 @@ struct _instr_t {
     static void operator delete(void* memory);
 };
 
+// Frees what the calling thread keeps for instructions to come.
+void release_instruction_pool();
+
 struct _instrlist_t {
     _instr_t* first;
     _instr_t* last;

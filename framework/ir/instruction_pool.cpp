@@ -21,3 +21,8 @@ void* _instr_t::operator new(std::size_t size) {
 }
 
 void _instr_t::operator delete(void* memory) { free_list = new (memory) free_instruction{free_list}; }
+
+void release_instruction_pool() {
+    while (free_list)
+        ::operator delete(std::exchange(free_list, free_list->next));
+}

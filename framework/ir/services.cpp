@@ -37,7 +37,7 @@ ssize_t print(file_t file, const char* format, va_list arguments) {
 module_data_t* copy_module(const loaded_module* module) {
     if (module == nullptr)
         return nullptr;
-    const std::size_t path_bytes = std::strlen(module->full_path) + 1;
+    const std::size_t path_bytes = module->full_path.size() + 1;
     // The path stands behind the record, so that one free releases both.
     void* memory = std::malloc(sizeof(module_data_t) + path_bytes);
     if (memory == nullptr)
@@ -47,7 +47,7 @@ module_data_t* copy_module(const loaded_module* module) {
     data->end = module->end;
     data->entry_point = module->entry_point;
     data->full_path = static_cast<char*>(memory) + sizeof(module_data_t);
-    std::memcpy(data->full_path, module->full_path, path_bytes);
+    std::memcpy(data->full_path, module->full_path.c_str(), path_bytes);
     const char* slash = std::strrchr(data->full_path, '/');
     data->names.file_name = slash != nullptr ? slash + 1 : data->full_path;
     data->contiguous = true;
@@ -96,7 +96,7 @@ void dr_log(void*, uint mask, uint level, const char* fmt, ...) {
 }
 
 module_data_t* dr_get_main_module(void) { return copy_module(main_module()); }
-module_data_t* dr_lookup_module(byte* pc) { return copy_module(find_module(pc)); }
+module_data_t* dr_lookup_module(byte* pc) { return copy_module(find_module(pc).get()); }
 void dr_free_module_data(module_data_t* data) { std::free(data); }
 
 // The size stands in front of the memory, to hold the caller to freeing what it allocated.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/auxv.h>
@@ -106,19 +107,26 @@ std::string check_segments(const elf_file& file, std::uint64_t file_size) {
     return {};
 }
 
-// Fills the record in; returns false with the error set if the file cannot be run.
-bool read_and_check(elf_file& file, load_error& error) {
-    error.status = status_cannot_execute;
-    struct stat status;
-    if (fstat(file.descriptor, &status) != 0) {
-        error.reason = std::strerror(errno);
-        return false;
+// Reads the path that the first header of an interpreter points at.
+std::string read_interpreter(elf_file& file, std::uint64_t file_size) {
+    for (const Elf64_Phdr& segment : file.segments) {
+        if (segment.p_type != PT_INTERP)
+            continue;
+        if (segment.p_offset > file_size || segment.p_filesz > file_size - segment.p_offset)
+            return "truncated file (interpreter's path beyond its end)";
+        std::string path(std::min<std::uint64_t>(segment.p_filesz, PATH_MAX + 1), '\0');
+        if (path.size() < 2 || path.size() > PATH_MAX ||
+            !read_fully(file.descriptor, path.data(), path.size(), segment.p_offset) || path.back() != '\0' ||
+            path.front() == '\0')
+            return "corrupt program header (interpreter's path)";
+        file.interpreter = path.c_str();
+        return {};
     }
-    if (!S_ISREG(status.st_mode)) {
-        error.reason = S_ISDIR(status.st_mode) ? "is a directory" : "not a regular file";
-        return false;
-    }
-    const auto file_size = static_cast<std::uint64_t>(status.st_size);
+    return {};
+}
+
+// Reads and checks the header and the program headers.
+bool read_headers(elf_file& file, std::uint64_t file_size, load_error& error) {
     file.header = {};
     const std::size_t available = std::min<std::uint64_t>(file_size, sizeof file.header);
     if (!read_fully(file.descriptor, &file.header, available, 0)) {
@@ -144,14 +152,35 @@ bool read_and_check(elf_file& file, load_error& error) {
         error.reason = "truncated file (program headers beyond its end)";
         return false;
     }
-    for (const Elf64_Phdr& segment : file.segments) {
-        if (segment.p_type == PT_INTERP) {
-            error = {status_unsupported, "dynamically linked programs are not supported yet"};
-            return false;
-        }
+    return true;
+}
+
+// Fills the record in; returns false with the error set if the file cannot be run.
+bool read_and_check(elf_file& file, load_error& error) {
+    error.status = status_cannot_execute;
+    struct stat status;
+    if (fstat(file.descriptor, &status) != 0) {
+        error.reason = std::strerror(errno);
+        return false;
     }
+    if (!S_ISREG(status.st_mode)) {
+        error.reason = S_ISDIR(status.st_mode) ? "is a directory" : "not a regular file";
+        return false;
+    }
+    const auto file_size = static_cast<std::uint64_t>(status.st_size);
+    if (!read_headers(file, file_size, error))
+        return false;
     error.reason = check_segments(file, file_size);
+    if (error.reason.empty())
+        error.reason = read_interpreter(file, file_size);
     return error.reason.empty();
+}
+
+// User-mode emulation may look up a path in another root directory when it is opened, but not when it is
+// asked for its rights: then the open file has to be asked.
+bool is_executable(const char* path, int descriptor) {
+    return access(path, X_OK) == 0 ||
+           (errno == ENOENT && access(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), X_OK) == 0);
 }
 
 } // namespace
@@ -169,11 +198,22 @@ std::optional<elf_file> open_elf_file(const char* path, load_error& error) {
         close(file.descriptor);
         return std::nullopt;
     }
-    if (access(path, X_OK) != 0) {
+    if (!is_executable(path, file.descriptor)) {
         error = {status_cannot_execute, std::strerror(errno)};
         close(file.descriptor);
         return std::nullopt;
     }
+    return file;
+}
+
+std::optional<elf_file> read_elf_headers(int descriptor) {
+    elf_file file{};
+    file.descriptor = descriptor;
+    struct stat status;
+    load_error ignored;
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
+        !read_headers(file, static_cast<std::uint64_t>(status.st_size), ignored))
+        return std::nullopt;
     return file;
 }
 

@@ -18,10 +18,14 @@ struct elf_file {
     int descriptor;
     Elf64_Ehdr header;
     std::vector<Elf64_Phdr> segments; // all program headers
+    std::string interpreter;          // path of the program that is to start it, empty if there is none
 };
 
 // Opens and checks the file. On failure nothing stays open, and the error says why.
 std::optional<elf_file> open_elf_file(const char* path, load_error& error);
+
+// The headers of an open file, which may be a shared library. Nothing if it is no AArch64 ELF file.
+std::optional<elf_file> read_elf_headers(int descriptor);
 
 // The page size that mappings go by.
 std::uint64_t page_size();

@@ -61,8 +61,8 @@ struct auxiliary_strings {
 };
 
 // The program's auxiliary vector: the host's, in its order, with what concerns the image replaced.
-std::vector<std::uint64_t> auxiliary_vector(const program_image& image, const Elf64_auxv_t* host,
-                                            const auxiliary_strings& strings) {
+std::vector<std::uint64_t> auxiliary_vector(const program_image& image, std::uint64_t interpreter_bias,
+                                            const Elf64_auxv_t* host, const auxiliary_strings& strings) {
     std::vector<std::uint64_t> result;
     const auto add = [&](std::uint64_t type, std::uint64_t value) {
         result.push_back(type);
@@ -81,7 +81,7 @@ std::vector<std::uint64_t> auxiliary_vector(const program_image& image, const El
             add(AT_PHNUM, image.header_count);
             break;
         case AT_BASE:
-            add(AT_BASE, 0);
+            add(AT_BASE, interpreter_bias);
             break;
         case AT_ENTRY:
             add(AT_ENTRY, image.entry);
@@ -141,9 +141,9 @@ std::uint64_t map_stack(std::uint64_t size, bool executable) {
 
 } // namespace
 
-std::uint64_t build_initial_stack(const program_image& image, const char* path, char* const* arguments,
-                                  char* const* environment, const Elf64_auxv_t* host_auxiliary,
-                                  load_error& error) {
+std::uint64_t build_initial_stack(const program_image& image, std::uint64_t interpreter_bias,
+                                  const char* path, char* const* arguments, char* const* environment,
+                                  const Elf64_auxv_t* host_auxiliary, load_error& error) {
     const std::uint64_t page = page_size();
     const std::uint64_t content = bytes_of(arguments) + bytes_of(environment) + std::strlen(path) + 4096;
     const std::uint64_t size = (std::max(stack_size(), content + least_stack_bytes) + page - 1) & ~(page - 1);
@@ -181,7 +181,8 @@ std::uint64_t build_initial_stack(const program_image& image, const char* path, 
     strings.platform = stack.put_string("aarch64");
     if (const void* random = host_value(host_auxiliary, AT_RANDOM))
         strings.random = stack.put(random, 16);
-    const std::vector<std::uint64_t> auxiliary = auxiliary_vector(image, host_auxiliary, strings);
+    const std::vector<std::uint64_t> auxiliary =
+        auxiliary_vector(image, interpreter_bias, host_auxiliary, strings);
     vectors.insert(vectors.end(), auxiliary.begin(), auxiliary.end());
 
     stack.top = (stack.top - vectors.size() * 8) & ~std::uint64_t{15};

@@ -9,10 +9,6 @@
 
 namespace {
 
-// Where a position-independent program goes if it can: away from the engine, with room for its heap and the
-// code cache nearby, and within the smallest address spaces that kernels offer.
-constexpr std::uint64_t preferred_base = std::uint64_t{0x10} << 32;
-
 std::uint64_t round_down(std::uint64_t value, std::uint64_t unit) { return value & ~(unit - 1); }
 std::uint64_t round_up(std::uint64_t value, std::uint64_t unit) { return round_down(value + unit - 1, unit); }
 
@@ -33,10 +29,13 @@ std::uint64_t reserve(std::uint64_t address, std::uint64_t size, bool fixed) {
     return reinterpret_cast<std::uint64_t>(mapped);
 }
 
-// Reserves room for an image of that size whose addresses may be moved by any multiple of the alignment.
-std::uint64_t reserve_aligned(std::uint64_t size, std::uint64_t alignment) {
-    if (const std::uint64_t base = reserve(round_up(preferred_base, alignment), size, true))
-        return base;
+// Reserves room for an image of that size whose addresses may be moved by any multiple of the alignment, at
+// the wanted address if that is free and not 0.
+std::uint64_t reserve_aligned(std::uint64_t wanted, std::uint64_t size, std::uint64_t alignment) {
+    if (wanted) {
+        if (const std::uint64_t base = reserve(round_up(wanted, alignment), size, true))
+            return base;
+    }
     const std::uint64_t wide = reserve(0, size + alignment, false);
     if (!wide)
         return 0;
@@ -70,9 +69,10 @@ bool map_segment(int descriptor, const Elf64_Phdr& segment, std::uint64_t bias) 
         if (mapped == MAP_FAILED)
             return false;
         anonymous_start = round_up(file_end, page);
-        // The rest of the last page belongs to zeroed memory, if there is any.
+        // Zeroed memory, if there is any, takes the rest of the last page. Programs use what lies behind
+        // their last variable there as a first heap.
         if (memory_end > file_end)
-            std::memset(pointer(file_end), 0, std::min(anonymous_start, memory_end) - file_end);
+            std::memset(pointer(file_end), 0, anonymous_start - file_end);
         if (!(protection & PROT_WRITE) && mprotect(mapped, file_end - first_page, protection) != 0)
             return false;
     }
@@ -89,7 +89,7 @@ bool map_segment(int descriptor, const Elf64_Phdr& segment, std::uint64_t bias) 
 
 } // namespace
 
-bool map_program(const elf_file& file, program_image& image, load_error& error) {
+bool map_program(const elf_file& file, std::uint64_t base, program_image& image, load_error& error) {
     const std::uint64_t page = page_size();
     std::uint64_t low = ~std::uint64_t{0}, high = 0, alignment = page;
     image = {};
@@ -107,7 +107,7 @@ bool map_program(const elf_file& file, program_image& image, load_error& error) 
     const bool movable = file.header.e_type == ET_DYN;
     const std::uint64_t size = high - low;
     const std::uint64_t start = size == 0 ? 0
-                                : movable ? reserve_aligned(size, alignment)
+                                : movable ? reserve_aligned(base, size, alignment)
                                           : reserve(low, size, true);
     if (start == 0) {
         error = {status_cannot_execute,
@@ -129,6 +129,7 @@ bool map_program(const elf_file& file, program_image& image, load_error& error) 
             image.header_address = bias + segment.p_vaddr + (table - segment.p_offset);
     }
     image.start = start;
+    image.bias = bias;
     image.end = bias + high;
     image.entry = bias + file.header.e_entry;
     return true;

@@ -8,6 +8,7 @@
 
 struct program_image {
     std::uint64_t start;          // first mapped byte
+    std::uint64_t bias;           // of run-time addresses above those in the file
     std::uint64_t end;            // one past the last, where the break starts
     std::uint64_t entry;          // run-time address
     std::uint64_t header_address; // of the program headers, 0 if no segment holds them
@@ -15,20 +16,22 @@ struct program_image {
     bool executable_stack;
 };
 
+// Where a position-independent program goes if it can: away from the engine, with room for its heap and the
+// code cache nearby, and within the smallest address spaces that kernels offer.
+inline constexpr std::uint64_t program_base = std::uint64_t{0x10} << 32;
+
 // Maps the file's segments, without the right to be executed in place, which is noted in the executable
-// ranges instead. False with the error set if there is no room for them.
-bool map_program(const elf_file& file, program_image& image, load_error& error);
+// ranges instead. If the file allows any place, it goes to the base if that is free, and where the kernel
+// likes otherwise, or if the base is 0. False with the error set if there is no room for it.
+bool map_program(const elf_file& file, std::uint64_t base, program_image& image, load_error& error);
 
 // Maps a stack as large as the soft limit says, with the arguments, the environment and the auxiliary vector
 // as the kernel lays them out. Returns the initial SP; 0 with the error set if there is no room.
-// `host_auxiliary` is the engine's own auxiliary vector, from which the entries that do not concern the image
-// are taken.
-std::uint64_t build_initial_stack(const program_image& image, const char* path, char* const* arguments,
-                                  char* const* environment, const Elf64_auxv_t* host_auxiliary,
-                                  load_error& error);
-
-// The registered name of the main module from now on.
-void set_main_module(const program_image& image, const char* path);
+// `interpreter_bias` is 0 if there is no interpreter. `host_auxiliary` is the engine's own auxiliary vector,
+// from which the entries that do not concern the image are taken.
+std::uint64_t build_initial_stack(const program_image& image, std::uint64_t interpreter_bias,
+                                  const char* path, char* const* arguments, char* const* environment,
+                                  const Elf64_auxv_t* host_auxiliary, load_error& error);
 
 // The file that a shell would run for the name: itself if it has a slash, else the first executable regular
 // file of that name in the directories of PATH. Empty if there is none.

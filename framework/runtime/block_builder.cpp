@@ -1,6 +1,7 @@
 #include "framework/runtime/block_builder.h"
 
 #include <csignal>
+#include <utility>
 
 #include "framework/ir/instruction.h"
 #include "framework/runtime/block_exits.h"
@@ -8,6 +9,7 @@
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/mangle.h"
 #include "framework/runtime/process_end.h"
+#include "framework/runtime/translated_pages.h"
 
 namespace {
 
@@ -84,8 +86,14 @@ const block* build_block(thread_context* context, exit_record* from) {
     if (executable_until(pc) < pc + 4)
         die_of_signal(SIGSEGV);
 
-    _instrlist_t* const list = create_instruction_list();
-    const std::uint64_t end = read_block(list, pc);
+    _instrlist_t* list = create_instruction_list();
+    // The pages are noted before they are read, so that no change of theirs by another thread is missed.
+    note_translated_pages(pc, pc + 4);
+    std::uint64_t end = read_block(list, pc);
+    if (note_translated_pages(pc, end)) {
+        destroy_instruction_list(std::exchange(list, create_instruction_list()));
+        end = read_block(list, pc);
+    }
     raise_block_event(context, reinterpret_cast<void*>(pc), list, false, false);
 
     const unsigned generation = cache.generation;
@@ -106,8 +114,5 @@ const block* build_block(thread_context* context, exit_record* from) {
                             reinterpret_cast<char*>(cache.out.cursor));
     if (may_link && !in_place)
         link_exit(*from, built);
-
-    for (std::uint64_t page = pc / translated_page_bytes; page <= (end - 1) / translated_page_bytes; ++page)
-        cache.translated_pages.insert(page);
     return &cache.blocks.emplace(pc, built).first->second;
 }

@@ -1,6 +1,8 @@
 #include "framework/runtime/code_cache.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstring>
 #include <new>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -48,7 +50,8 @@ std::uint8_t* map_cache(std::uint64_t near_address, std::size_t bytes) {
 thread_context* create_thread_context() {
     const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     const std::size_t record_bytes = (sizeof(thread_context) + page - 1) / page * page;
-    const std::size_t total = page + engine_stack_bytes + lookup_table_bytes + record_bytes;
+    const std::size_t total =
+        page + engine_stack_bytes + lookup_table_bytes + record_bytes + signal_stack_bytes;
     void* const mapped =
         mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (mapped == MAP_FAILED || mprotect(mapped, page, PROT_NONE) != 0)
@@ -56,8 +59,29 @@ thread_context* create_thread_context() {
     std::uint8_t* const stack_top = static_cast<std::uint8_t*>(mapped) + page + engine_stack_bytes;
     auto* const context = new (stack_top + lookup_table_bytes) thread_context{};
     context->engine_stack_top = reinterpret_cast<std::uint64_t>(stack_top);
+    context->signal_stack = stack_top + lookup_table_bytes + record_bytes;
+    context->mapping = mapped;
+    context->mapping_bytes = total;
     clear_lookup_entry(context, 0);
     return context;
+}
+
+void destroy_thread_context(thread_context* context) {
+    if (context->cache) {
+        munmap(context->cache->mapping, context->cache->mapping_bytes);
+        delete context->cache;
+    }
+    munmap(context->mapping, context->mapping_bytes);
+}
+
+void copy_application_state(thread_context* to, const thread_context* from) {
+    to->app_x28 = from->app_x28;
+    to->app_tpidr = from->app_tpidr;
+    // From the general registers to the vector registers they stand in one piece.
+    constexpr std::size_t start = offsetof(thread_context, x);
+    constexpr std::size_t end = offsetof(thread_context, q) + sizeof(thread_context::q);
+    std::memcpy(reinterpret_cast<char*>(to) + start, reinterpret_cast<const char*>(from) + start,
+                end - start);
 }
 
 code_cache* create_code_cache(thread_context* context, std::uint64_t near_address, std::size_t bytes) {
@@ -67,6 +91,8 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
     auto* const cache = new code_cache{};
     auto* const first = reinterpret_cast<a64::word*>(memory);
     cache->context = context;
+    cache->mapping = memory;
+    cache->mapping_bytes = bytes;
     cache->limit = reinterpret_cast<a64::word*>(memory + bytes);
     cache->out.cursor = first;
     cache->gate = emit_gates(cache->out);
@@ -84,26 +110,17 @@ void flush_code_cache(code_cache& cache) {
         clear_lookup_entry(cache.context, application_pc);
     cache.blocks.clear();
     cache.exits.clear();
-    cache.translated_pages.clear();
     cache.out.cursor = cache.cold = cache.chunk_end = cache.start;
     ++cache.generation;
 }
 
-void flush_code_of(code_cache& cache, std::uint64_t start, std::uint64_t end) {
-    if (cache.translated_pages.empty() || start >= end)
-        return;
-    const std::uint64_t first = start / translated_page_bytes;
-    const std::uint64_t last = (end - 1) / translated_page_bytes;
-    bool touched = false;
-    if (last - first < cache.translated_pages.size()) {
-        for (std::uint64_t page = first; page <= last && !touched; ++page)
-            touched = cache.translated_pages.contains(page);
-    } else {
-        for (const std::uint64_t page : cache.translated_pages)
-            touched |= page >= first && page <= last;
+void clear_lookup_entries(thread_context* context, std::uint64_t start, std::uint64_t bytes) {
+    for (std::uint64_t pc = start; pc < start + bytes; pc += 4) {
+        lookup_entry& entry = lookup_entry_of(context, pc);
+        // Only the key, in one piece: the thread may be using the entry.
+        const bool first = &entry == &lookup_entry_of(context, 0);
+        std::atomic_ref(entry.application_pc).store(first ? 4 : 0);
     }
-    if (touched)
-        flush_code_cache(cache);
 }
 
 void reserve_words(code_cache& cache, std::size_t words) {

@@ -7,7 +7,6 @@
 
 #include <deque>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "framework/runtime/gates.h"
 
@@ -64,12 +63,16 @@ struct code_cache {
 
     std::unordered_map<std::uint64_t, block> blocks; // by application address
     std::deque<exit_record> exits;
-    std::unordered_set<std::uint64_t> translated_pages; // numbers of the pages that blocks were read from
-    unsigned generation;                                // counts flushes
+    unsigned generation; // counts flushes
+
+    void* mapping; // all of the memory
+    std::size_t mapping_bytes;
 };
 
 inline constexpr std::size_t code_cache_bytes = std::size_t{64} << 20; // plain branches reach all of it
-inline constexpr std::uint64_t translated_page_bytes = 4096;
+
+// Caches are mapped near the program, as far as there is room: this is its address, set at the start.
+inline std::uint64_t main_cache_place;
 
 // A test-and-branch at the start of a chunk reaches a stub at its end.
 inline constexpr std::size_t chunk_words = 32768 / sizeof(a64::word);
@@ -82,8 +85,9 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
 // Drops every block. May only be called while no code of the cache is being run, the gates excepted.
 void flush_code_cache(code_cache& cache);
 
-// Drops every block if any of them was read from a page of the range.
-void flush_code_of(code_cache& cache, std::uint64_t start, std::uint64_t end);
+// Makes indirect branches of the thread, which may be running, to addresses of the range go to its
+// dispatcher.
+void clear_lookup_entries(thread_context* context, std::uint64_t start, std::uint64_t bytes);
 
 // Makes room for that many words of code, stubs and literals in one chunk: the current one, or a new one, if
 // need be after a flush.

@@ -3,5 +3,5 @@
 
 #include "framework/runtime/thread_context.h"
 
-// Runs the application from the context's state on the calling thread's engine stack. Ends with the process.
-[[noreturn]] void run_application(thread_context* context);
+// Runs the application from the context's state on the context's engine stack until its thread has ended.
+void run_application(thread_context* context);

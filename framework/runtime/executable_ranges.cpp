@@ -4,6 +4,8 @@
 #include <iterator>
 #include <map>
 
+#include "framework/runtime/process_lock.h"
+
 namespace {
 
 // Disjoint ranges that do not touch, start to end.
@@ -14,6 +16,7 @@ std::map<std::uint64_t, std::uint64_t> ranges;
 void add_executable_range(std::uint64_t start, std::uint64_t end) {
     if (start >= end)
         return;
+    const std::lock_guard lock(process_mutex);
     auto next = ranges.upper_bound(start);
     if (next != ranges.begin() && std::prev(next)->second >= start)
         --next;
@@ -28,6 +31,7 @@ void add_executable_range(std::uint64_t start, std::uint64_t end) {
 void remove_executable_range(std::uint64_t start, std::uint64_t end) {
     if (start >= end)
         return;
+    const std::lock_guard lock(process_mutex);
     auto next = ranges.upper_bound(start);
     if (next != ranges.begin() && std::prev(next)->second > start)
         --next;
@@ -42,6 +46,7 @@ void remove_executable_range(std::uint64_t start, std::uint64_t end) {
 }
 
 std::uint64_t executable_until(std::uint64_t address) {
+    const std::lock_guard lock(process_mutex);
     const auto next = ranges.upper_bound(address);
     if (next == ranges.begin() || std::prev(next)->second <= address)
         return 0;

@@ -4,11 +4,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "framework/runtime/code_cache.h"
+#include "framework/loader/module.h"
 #include "framework/runtime/executable_ranges.h"
+#include "framework/runtime/process_lock.h"
 #include "framework/runtime/program_break.h"
 #include "framework/runtime/raw_system_call.h"
 #include "framework/runtime/system_calls.h"
+#include "framework/runtime/translated_pages.h"
 
 namespace {
 
@@ -41,45 +43,64 @@ std::uint64_t without_execution(std::uint64_t protection) {
 // Notes that the range has new content or rights.
 void range_changed(thread_context* context, std::uint64_t start, std::uint64_t length, bool executable) {
     const std::uint64_t end = start + round_to_page(length);
-    flush_code_of(*context->cache, start, end);
+    code_changed(context, start, end);
     (executable ? add_executable_range : remove_executable_range)(start, end);
 }
 
-void handle_brk(thread_context* context) { context->x[0] = move_break(context->x[0]); }
+void handle_brk(thread_context* context) {
+    const std::lock_guard lock(mappings_mutex);
+    context->x[0] = move_break(context->x[0]);
+}
 
 void handle_mmap(thread_context* context) {
-    const std::uint64_t length = context->x[1], protection = context->x[2];
+    const std::lock_guard lock(mappings_mutex);
+    const std::uint64_t length = context->x[1], protection = context->x[2], flags = context->x[3];
     context->x[2] = without_execution(protection);
-    pass_to_kernel(context);
+    call_kernel(context);
     context->x[2] = protection;
-    if (!is_error(context->x[0]))
-        range_changed(context, context->x[0], length, protection & PROT_EXEC);
+    if (is_error(context->x[0]))
+        return;
+    const std::uint64_t start = context->x[0];
+    range_changed(context, start, length, protection & PROT_EXEC);
+    if (!(protection & PROT_EXEC))
+        return;
+    if (flags & MAP_ANONYMOUS)
+        remove_modules(start, start + round_to_page(length));
+    else
+        add_mapped_file(static_cast<int>(context->x[4]), context->x[5], start, round_to_page(length));
 }
 
 void handle_mprotect(thread_context* context) {
+    const std::lock_guard lock(mappings_mutex);
     const std::uint64_t start = context->x[0], length = context->x[1], protection = context->x[2];
     context->x[2] = without_execution(protection);
-    pass_to_kernel(context);
+    call_kernel(context);
     context->x[2] = protection;
     if (context->x[0] == 0)
         range_changed(context, start, length, protection & PROT_EXEC);
 }
 
 void handle_munmap(thread_context* context) {
+    const std::lock_guard lock(mappings_mutex);
     const std::uint64_t start = context->x[0], length = context->x[1];
-    pass_to_kernel(context);
-    if (context->x[0] == 0)
-        range_changed(context, start, length, false);
+    call_kernel(context);
+    if (context->x[0] != 0)
+        return;
+    range_changed(context, start, length, false);
+    remove_modules(start, start + round_to_page(length));
 }
 
 void handle_mremap(thread_context* context) {
+    const std::lock_guard lock(mappings_mutex);
     const std::uint64_t old_start = context->x[0], old_length = context->x[1], new_length = context->x[2];
     const bool executable = executable_until(old_start) != 0;
-    pass_to_kernel(context);
+    call_kernel(context);
     if (is_error(context->x[0]))
         return;
     range_changed(context, old_start, old_length, false);
     range_changed(context, context->x[0], new_length, executable);
+    if (context->x[0] != old_start)
+        remove_modules(old_start, old_start + round_to_page(old_length));
 }
 
 constexpr system_call_row rows[] = {

@@ -19,7 +19,7 @@ bool names_own_executable(const char* path) {
     return path == "/proc/" + std::to_string(raw_system_call(SYS_getpid)) + "/exe";
 }
 
-std::uint64_t program_path() { return reinterpret_cast<std::uint64_t>(main_module()->full_path); }
+std::uint64_t program_path() { return reinterpret_cast<std::uint64_t>(main_module()->full_path.c_str()); }
 
 // A probe that has no effect finds out whether the path can be read at all.
 bool is_readable_path(std::uint64_t path) {

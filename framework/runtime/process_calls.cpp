@@ -4,11 +4,14 @@
 #include <sched.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
-#include "framework/runtime/client_events.h"
 #include "framework/runtime/process_end.h"
+#include "framework/runtime/process_lock.h"
 #include "framework/runtime/raw_system_call.h"
+#include "framework/runtime/signal_numbers.h"
 #include "framework/runtime/system_calls.h"
+#include "framework/runtime/threads.h"
 
 namespace {
 
@@ -17,13 +20,8 @@ constexpr std::uint64_t error(int number) { return -static_cast<std::uint64_t>(n
 void refuse(thread_context* context, int number) { context->x[0] = error(number); }
 void not_implemented(thread_context* context) { refuse(context, ENOSYS); }
 
-// With one thread, the end of the thread is the end of the process.
-void handle_exit(thread_context* context) {
-    const int status = static_cast<int>(context->x[0]);
-    raise_thread_exit(context);
-    raise_process_exit();
-    exit_process(status);
-}
+void handle_exit(thread_context* context) { end_thread(context, static_cast<int>(context->x[0])); }
+void handle_exit_group(thread_context* context) { end_process(context, static_cast<int>(context->x[0])); }
 
 // The kernel's struct sigaction: handler, flags, restorer, mask.
 struct kernel_sigaction {
@@ -32,10 +30,6 @@ struct kernel_sigaction {
     std::uint64_t restorer;
     std::uint64_t mask;
 };
-
-// The C library reserves the first two real-time signals for talking to its own threads, and installs its
-// handlers right before it makes the first one, which is where the program's end belongs.
-bool is_between_threads(std::uint64_t signal) { return signal == 32 || signal == 33; }
 
 void handle_sigaction(thread_context* context) {
     if (is_between_threads(context->x[0])) {
@@ -50,24 +44,74 @@ void handle_sigaction(thread_context* context) {
         die_with_message(status_unsupported, "signal handlers are not supported yet");
 }
 
-// A child with memory of its own gets a copy of the engine with everything else and just goes on in it.
+// Signals of the C library to its own threads: without its handler they would end the process.
+void handle_thread_kill(thread_context* context) {
+    const std::uint64_t signal = context->x[context->x[8] == SYS_tgkill ? 2 : 1];
+    if (is_between_threads(signal))
+        die_with_message(status_unsupported,
+                         "signals between threads (pthread_cancel, setuid) are not supported yet");
+    pass_to_kernel(context);
+}
+
+// A child with memory of its own gets a copy of the engine with everything else and just goes on in it. Made
+// by the C library's fork, so that its locks are free in the child; anything special, by clone itself.
+std::uint64_t fork_process(const thread_request& request) {
+    constexpr std::uint64_t done_here =
+        CLONE_SETTLS | CLONE_PARENT_SETTID | CLONE_CHILD_SETTID | CLONE_CHILD_CLEARTID;
+    if ((request.flags & ~done_here) != SIGCHLD)
+        return raw_system_call(SYS_clone, request.flags & ~std::uint64_t{CLONE_SETTLS}, 0, request.parent_tid,
+                               0, request.child_tid);
+    const pid_t child = fork();
+    if (child < 0)
+        return error(errno);
+    if (child > 0 && request.flags & CLONE_PARENT_SETTID)
+        *reinterpret_cast<int*>(request.parent_tid) = child;
+    if (child == 0 && request.flags & CLONE_CHILD_SETTID)
+        *reinterpret_cast<int*>(request.child_tid) = static_cast<int>(raw_system_call(SYS_gettid));
+    return static_cast<std::uint64_t>(child);
+}
+
+void handle_fork(thread_context* context, const thread_request& request) {
+    const std::scoped_lock locks(mappings_mutex, process_mutex);
+    const std::uint64_t result = fork_process(request);
+    if (result == 0) {
+        // Stack and thread pointer are the application's matter, not that of the engine's code that is here.
+        if (request.stack)
+            context->sp = request.stack;
+        if (request.flags & CLONE_SETTLS)
+            context->app_tpidr = request.thread_pointer;
+        context->clear_child_tid = request.flags & CLONE_CHILD_CLEARTID ? request.child_tid : 0;
+        forget_other_threads(context);
+    }
+    context->x[0] = result;
+}
+
 void handle_clone(thread_context* context) {
-    const std::uint64_t flags = context->x[0], stack = context->x[1], thread_pointer = context->x[3];
-    if (flags & CLONE_THREAD)
-        die_with_message(status_unsupported, "threads are not supported yet");
+    const std::uint64_t* const x = context->x;
+    const thread_request request{x[0], x[1], x[2], x[3], x[4]};
+    const std::uint64_t flags = request.flags;
+    if ((flags & CLONE_THREAD && !(flags & CLONE_SIGHAND)) || (flags & CLONE_SIGHAND && !(flags & CLONE_VM)))
+        return refuse(context, EINVAL);
+    if (flags & CLONE_THREAD) {
+        context->x[0] = start_thread(context, request);
+        return;
+    }
     if (flags & CLONE_VM)
         die_with_message(status_unsupported, "child processes that share memory (vfork, posix_spawn) are not "
                                              "supported yet");
-    // Stack and thread pointer are the application's matter, not that of the engine's code that returns here.
-    const std::uint64_t result =
-        raw_system_call(SYS_clone, flags & ~std::uint64_t{CLONE_SETTLS}, 0, context->x[2], 0, context->x[4]);
-    if (result == 0) {
-        if (stack)
-            context->sp = stack;
-        if (flags & CLONE_SETTLS)
-            context->app_tpidr = thread_pointer;
-    }
-    context->x[0] = result;
+    handle_fork(context, request);
+}
+
+void handle_set_tid_address(thread_context* context) {
+    context->clear_child_tid = context->x[0];
+    context->x[0] = raw_system_call(SYS_gettid);
+}
+
+void handle_set_robust_list(thread_context* context) {
+    const std::uint64_t head = context->x[0];
+    pass_to_kernel(context);
+    if (!is_error(context->x[0]))
+        context->robust_list = head;
 }
 
 // The program is told that there is no SVE whose vector length it could choose.
@@ -80,9 +124,16 @@ void handle_prctl(thread_context* context) {
 }
 
 constexpr system_call_row rows[] = {
-    {SYS_exit, handle_exit},     {SYS_exit_group, handle_exit}, {SYS_rt_sigaction, handle_sigaction},
-    {SYS_clone, handle_clone},   {SYS_clone3, not_implemented}, // the C library falls back on clone
-    {SYS_rseq, not_implemented}, // its critical sections do not survive translation
+    {SYS_exit, handle_exit},
+    {SYS_exit_group, handle_exit_group},
+    {SYS_rt_sigaction, handle_sigaction},
+    {SYS_set_tid_address, handle_set_tid_address},
+    {SYS_set_robust_list, handle_set_robust_list},
+    {SYS_tgkill, handle_thread_kill},
+    {SYS_tkill, handle_thread_kill},
+    {SYS_clone, handle_clone},
+    {SYS_clone3, not_implemented}, // the C library falls back on clone
+    {SYS_rseq, not_implemented},   // its critical sections do not survive translation
     {SYS_prctl, handle_prctl},
 };
 

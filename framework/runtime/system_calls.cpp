@@ -22,9 +22,17 @@ const std::array<system_call_handler, known_numbers>& handlers() {
 
 } // namespace
 
-void pass_to_kernel(thread_context* context) {
+void call_kernel(thread_context* context) {
     std::uint64_t* const x = context->x;
     x[0] = raw_system_call(x[8], x[0], x[1], x[2], x[3], x[4], x[5]);
+}
+
+void pass_to_kernel(thread_context* context) {
+    context->in_system_call.store(true, std::memory_order_relaxed);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    call_kernel(context);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    context->in_system_call.store(false, std::memory_order_relaxed);
 }
 
 void handle_system_call(thread_context* context) {

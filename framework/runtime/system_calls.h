@@ -20,5 +20,7 @@ system_call_rows memory_calls();
 system_call_rows process_calls();
 system_call_rows path_calls();
 
-// Makes the call with the context's registers and stores its result.
+// Makes the call with the context's registers and stores its result. The second is for calls that may wait,
+// and must be made without a lock: the process may end in the meantime.
+void call_kernel(thread_context* context);
 void pass_to_kernel(thread_context* context);

@@ -3,6 +3,7 @@
 // A `void* drcontext` of the published interface is a pointer to this record.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -46,7 +47,23 @@ struct thread_context {
     std::uint64_t engine_stack_top; // where engine_sp starts from
     void* tls_field[client_tls_fields];
     code_cache* cache;
+
+    // What the kernel would keep for the application's thread.
+    std::uint64_t clear_child_tid; // address to be cleared and woken at the thread's end, or 0
+    std::uint64_t robust_list;     // address of the list's head, or 0
+    bool ended;                    // the application's thread has made its last system call
+
+    // Between threads.
+    std::atomic<int> number;           // the thread's number in the kernel, 0 until it runs
+    std::atomic<bool> flush_requested; // the dispatcher is to drop all blocks
+    std::atomic<bool> in_system_call;  // the thread may be waiting in a system call of the application
+    std::atomic<bool> stopped;         // the thread has stopped for good, since the process ends
+
+    void* signal_stack; // for the engine's own handlers
+    void* mapping;      // all memory of the record
+    std::size_t mapping_bytes;
 };
+inline constexpr std::size_t signal_stack_bytes = 65536;
 
 inline lookup_entry& lookup_entry_of(thread_context* context, std::uint64_t application_pc) {
     const std::uint64_t index = (application_pc >> 2) & ((std::uint64_t{1} << lookup_index_bits) - 1);
@@ -61,6 +78,12 @@ inline std::uint64_t read_register(const thread_context* context, unsigned numbe
 // Maps a zeroed context with its look-up table below it and the engine's stack, of which the lowest page is a
 // guard. Null if there is no memory.
 thread_context* create_thread_context();
+
+// Frees the record, its stack and its code cache.
+void destroy_thread_context(thread_context* context);
+
+// Copies the application's registers, X28 and the thread pointer among them.
+void copy_application_state(thread_context* to, const thread_context* from);
 
 static_assert(offsetof(thread_context, app_x28) == 0);
 static_assert(offsetof(thread_context, x) < 504, "STP offsets reach the general registers");

@@ -33,6 +33,15 @@ Elf64_Phdr& segment(file_bytes& file, unsigned type, unsigned number = 0) {
     return table[0];
 }
 
+// Makes the file's note the path of an interpreter, which is put behind everything else.
+void set_interpreter(file_bytes& file, const std::string& path) {
+    Elf64_Phdr& note = segment(file, PT_NOTE);
+    note.p_type = PT_INTERP;
+    note.p_offset = file.size();
+    note.p_filesz = path.size() + 1;
+    file.insert(file.end(), path.c_str(), path.c_str() + path.size() + 1);
+}
+
 outcome run_file(const file_bytes& bytes, mode_t mode = 0755) {
     const std::string path = "bad_file." + std::to_string(getpid());
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -125,8 +134,28 @@ const bad_file bad_files[] = {
          header(f).e_entry -= 0x400000;
      },
      126, "its address range cannot be mapped: "},
-    {"Interpreter", [](file_bytes& f) { segment(f, PT_NOTE).p_type = PT_INTERP; }, 125,
-     "dynamically linked programs are not supported yet"},
+    {"InterpreterMissing", [](file_bytes& f) { set_interpreter(f, "/no/such/interpreter"); }, 127,
+     "interpreter /no/such/interpreter: No such file or directory"},
+    {"InterpreterIsNoProgram", [](file_bytes& f) { set_interpreter(f, "/etc/passwd"); }, 126,
+     "interpreter /etc/passwd: not an ELF file"},
+    {"InterpreterIsDirectory", [](file_bytes& f) { set_interpreter(f, "/"); }, 126,
+     "interpreter /: is a directory"},
+    {"InterpreterEmpty", [](file_bytes& f) { set_interpreter(f, ""); }, 126,
+     "corrupt program header (interpreter's path)"},
+    {"InterpreterWithoutEnd",
+     [](file_bytes& f) {
+         set_interpreter(f, "/lib/ld");
+         --segment(f, PT_INTERP).p_filesz;
+     },
+     126, "corrupt program header (interpreter's path)"},
+    {"InterpreterTooLong", [](file_bytes& f) { set_interpreter(f, std::string(5000, 'x')); }, 126,
+     "corrupt program header (interpreter's path)"},
+    {"InterpreterBeyondFile",
+     [](file_bytes& f) {
+         set_interpreter(f, "/lib/ld");
+         segment(f, PT_INTERP).p_filesz = ~0ull;
+     },
+     126, "truncated file (interpreter's path beyond its end)"},
 };
 
 class BadFile : public testing::TestWithParam<bad_file> {};

@@ -20,6 +20,8 @@ std::string name_of(const testing::TestParamInfo<program_case>& info) {
     return name;
 }
 
+std::string plugin_path() { return program_path("plugin.so"); }
+
 class SameAsDirectly : public testing::TestWithParam<program_case> {};
 
 TEST_P(SameAsDirectly, OutputAndStatus) {
@@ -53,12 +55,61 @@ TEST(MachineWithoutSVE, LargeEmulatedBlocks) {
     EXPECT_EQ(result.output, "0 failed\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Programs, SameAsDirectly,
-                         testing::Values(program_case{"library", {}}, program_case{"library-pie", {}},
-                                         program_case{"environment", {"a", "b c", "", "-x", "--"}},
-                                         program_case{"environment-pie", {"a", "b c", "", "-x", "--"}},
-                                         program_case{"rewriting", {}}, program_case{"rewriting-pie", {}}),
+// SVE instructions are taken over where the program itself or nobody is known to have put them, and are none
+// to this processor in a library.
+TEST(MachineWithoutSVE, PlacesOfInstructions) {
+    for (const std::string place : {"program", "memory", "place-of-library"}) {
+        const outcome result = run_translated("sve_places", {place, plugin_path()});
+        EXPECT_EQ(result.status, 0) << place << result.errors;
+        const std::string loading = place == "place-of-library" ? "plugin loaded\nplugin unloaded\n" : "";
+        EXPECT_EQ(result.output, "before\n" + loading + "128\n") << place;
+        EXPECT_NE(result.errors.find("sve_places: 1 SVE instructions executed\n"), std::string::npos)
+            << result.errors;
+    }
+    const outcome result = run_translated("sve_places", {"library", plugin_path()});
+    EXPECT_EQ(result.status, 128 + 4);
+    EXPECT_EQ(result.output, "before\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Programs, SameAsDirectly,
+    testing::Values(program_case{"library", {}}, program_case{"library-pie", {}},
+                    program_case{"library-dynamic", {}}, program_case{"library-dynamic-fixed", {}},
+                    program_case{"environment-dynamic", {"a", "b c", "", "-x", "--"}},
+                    program_case{"environment-dynamic-fixed", {"a"}},
+                    program_case{"dynamic", {plugin_path()}}, program_case{"dynamic-fixed", {plugin_path()}},
+                    program_case{"exceptions", {}}, program_case{"environment", {"a", "b c", "", "-x", "--"}},
+                    program_case{"environment-pie", {"a", "b c", "", "-x", "--"}},
+                    program_case{"rewriting", {}}, program_case{"rewriting-pie", {}}),
+    name_of);
+
+INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
+                         testing::Values(program_case{"threads", {"work"}}, program_case{"threads", {"fork"}},
+                                         program_case{"threads", {"return"}},
+                                         program_case{"threads-dynamic", {"return"}},
+                                         program_case{"threads", {"exit-elsewhere"}},
+                                         program_case{"threads", {"first-thread-ends"}},
+                                         program_case{"threads", {"fault-elsewhere"}}),
                          name_of);
+
+// The counts of all threads add up: 40 threads with 1002 instructions each.
+TEST(MachineWithoutSVE, ThreadsHaveTheirOwnState) {
+    const outcome result = run_translated("sve_threads", {});
+    EXPECT_EQ(result.output, "right 40 of 40\n");
+    EXPECT_NE(result.errors.find("sve_threads: 40080 SVE instructions executed\n"), std::string::npos)
+        << result.errors;
+}
+
+// While threads are busy, the process ends with one report, and does not wait for them.
+TEST(Threads, ProcessEndsAmongBusyThreads) {
+    for (unsigned n = 0; n < 4; ++n) {
+        const outcome result = run_translated("sve_threads", {"endless"});
+        EXPECT_EQ(result.status, 9) << result.errors;
+        const std::size_t report = result.errors.find(" SVE instructions executed\n");
+        EXPECT_NE(report, std::string::npos) << result.errors;
+        EXPECT_EQ(result.errors.find(" SVE instructions executed\n", report + 1), std::string::npos);
+    }
+}
 
 // Every way in which a program may end; see endings.c.
 std::vector<program_case> endings() {
@@ -134,10 +185,10 @@ INSTANTIATE_TEST_SUITE_P(
     Programs, Unsupported,
     testing::Values(
         unsupported_case{"endings", "handler", "signal handlers are not supported yet"},
-        unsupported_case{"endings", "thread", "threads are not supported yet"},
+        unsupported_case{"threads", "cancel",
+                         "signals between threads (pthread_cancel, setuid) are not supported yet"},
         unsupported_case{"endings", "spawn",
                          "child processes that share memory (vfork, posix_spawn) are not supported "
-                         "yet"},
-        unsupported_case{"dynamic", "return", "dynamically linked programs are not supported yet"}));
+                         "yet"}));
 
 } // namespace

@@ -1,16 +1,20 @@
 // Parts of the engine's runtime by themselves.
 #include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
 #include "dr_api.h"
+#include "framework/loader/module.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/dispatcher.h"
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/mangle.h"
+#include "framework/runtime/robust_list.h"
 
 extern "C" void dr_client_main(client_id_t, int, const char**) {}
 
@@ -47,6 +51,75 @@ TEST(ExecutableRanges, UnionAndDifference) {
     remove_executable_range(0, 0x10000);
     EXPECT_EQ(executable_until(0x1000), 0u);
     EXPECT_EQ(executable_until(0x6FFF), 0u);
+}
+
+TEST(Modules, RangesOfMappedFiles) {
+    const auto at = [](std::uint64_t address) {
+        return find_module(reinterpret_cast<const std::uint8_t*>(address));
+    };
+    constexpr std::uint64_t place = 0x7000000000, page = 0x10000;
+    const int own = open("/proc/self/exe", O_RDONLY);
+    add_mapped_file(own, 0, place, page);
+    close(own);
+    const auto program = at(place);
+    ASSERT_TRUE(program);
+    EXPECT_EQ(reinterpret_cast<std::uint64_t>(program->start), place);
+    const auto end = reinterpret_cast<std::uint64_t>(program->end);
+    EXPECT_GT(end, place + 4 * page); // all segments, not only what has been mapped
+    EXPECT_EQ(at(end - 1), program);
+    EXPECT_EQ(at(end), nullptr);
+    EXPECT_EQ(at(place - 1), nullptr);
+
+    // A file of another kind, over a part of it.
+    char name[] = "/tmp/ostrel_module_XXXXXX";
+    const int other = mkstemp(name);
+    ASSERT_GE(other, 0);
+    EXPECT_EQ(write(other, "text", 4), 4);
+    add_mapped_file(other, 0, place + page, page);
+    close(other);
+    unlink(name);
+    ASSERT_TRUE(at(place + page));
+    EXPECT_EQ(at(place + page)->full_path, name);
+    EXPECT_EQ(reinterpret_cast<std::uint64_t>(at(place + page)->end), place + 2 * page);
+    EXPECT_EQ(at(place + page - 1), program);
+    EXPECT_EQ(at(place + 2 * page), program);
+
+    remove_modules(place + 2 * page, place + 3 * page);
+    EXPECT_EQ(at(place + 2 * page), nullptr);
+    EXPECT_EQ(at(place + 3 * page), program);
+    remove_modules(0, end);
+    EXPECT_EQ(at(place), nullptr);
+    EXPECT_EQ(at(end - 1), nullptr);
+}
+
+TEST(RobustList, ReleasesWhatTheThreadOwns) {
+    struct entry {
+        entry* next;
+        std::uint32_t futex;
+    };
+    constexpr std::uint32_t owner = 1234, waiters = 0x80000000, owner_died = 0x40000000;
+    entry entries[5] = {{&entries[1], owner},
+                        {&entries[2], owner | waiters},
+                        {nullptr, owner + 1},
+                        {nullptr, owner},
+                        {nullptr, 0}};
+    struct {
+        entry* first;
+        std::int64_t offset;
+        entry* pending;
+    } head{&entries[0], offsetof(entry, futex), &entries[3]};
+    entries[2].next = reinterpret_cast<entry*>(&head);
+    release_robust_futexes(reinterpret_cast<std::uint64_t>(&head), owner);
+    EXPECT_EQ(entries[0].futex, owner_died);
+    EXPECT_EQ(entries[1].futex, owner_died | waiters);
+    EXPECT_EQ(entries[2].futex, owner + 1);  // another's
+    EXPECT_EQ(entries[3].futex, owner_died); // being locked when the thread ended
+
+    // A ring that does not come back to its head ends all the same.
+    entries[2].next = &entries[0];
+    head.pending = nullptr;
+    release_robust_futexes(reinterpret_cast<std::uint64_t>(&head), owner);
+    EXPECT_EQ(entries[4].futex, 0u);
 }
 
 // The words that an application instruction at `pc` becomes.

@@ -1,5 +1,5 @@
-#include "sve/handlers/predicate_flags.h"
 #include "sve/handlers/predicate_generation.h"
+#include "sve/handlers/predicate_flags.h"
 #include "sve/handlers/predicate_partition.h"
 #include "sve/handlers/predicate_permutes.h"
 #include "sve/library/predicate_generation.h"

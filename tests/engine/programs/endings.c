@@ -1,6 +1,5 @@
 // Ends in the way that the argument says.
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdio.h>
@@ -13,7 +12,6 @@
 #include <unistd.h>
 
 static void handler(int number) { (void)number; }
-static void* thread(void* argument) { return argument; }
 static int overflow(volatile int depth) {
     volatile char frame[4096];
     frame[0] = (char)depth;
@@ -79,10 +77,6 @@ int main(int argc, char** argv) {
     }
     if (strcmp(way, "handler") == 0)
         signal(SIGUSR1, handler);
-    if (strcmp(way, "thread") == 0) {
-        pthread_t id;
-        pthread_create(&id, NULL, thread, NULL);
-    }
     if (strcmp(way, "spawn") == 0) {
         char* arguments[] = {"/bin/true", NULL};
         pid_t child;

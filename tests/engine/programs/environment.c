@@ -24,8 +24,8 @@ int main(int argc, char** argv) {
         load_segments += headers[n].p_type == PT_LOAD;
     printf("program headers %lu of %lu bytes, %d to load\n", getauxval(AT_PHNUM), getauxval(AT_PHENT),
            load_segments);
-    printf("entry %d, base %lu, page %lu, secure %lu, ticks %lu\n", getauxval(AT_ENTRY) == (uintptr_t)_start,
-           getauxval(AT_BASE), getauxval(AT_PAGESZ), getauxval(AT_SECURE), getauxval(AT_CLKTCK));
+    printf("entry %d, base %d, page %lu, secure %lu, ticks %lu\n", getauxval(AT_ENTRY) == (uintptr_t)_start,
+           getauxval(AT_BASE) != 0, getauxval(AT_PAGESZ), getauxval(AT_SECURE), getauxval(AT_CLKTCK));
     printf("ids %d %d %d %d\n", getauxval(AT_UID) == getuid(), getauxval(AT_EUID) == geteuid(),
            getauxval(AT_GID) == getgid(), getauxval(AT_EGID) == getegid());
     printf("file %s, platform %s, random %d\n", (const char*)getauxval(AT_EXECFN),

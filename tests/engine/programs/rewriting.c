@@ -31,7 +31,7 @@ int main(void) {
     unsigned sum = 0;
     for (unsigned n = 0; n < 16; ++n)
         write_function(code + n * 2, n);
-    for (unsigned n = 0; n < 2000; ++n) {
+    for (unsigned n = 0; n < 200; ++n) {
         write_function(code + n % 16 * 2, n % 60000);
         sum += call(code + n % 16 * 2) + call(code + (n + 1) % 2 * 2);
     }

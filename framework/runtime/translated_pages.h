@@ -1,0 +1,14 @@
+// The pages that any thread has translated code from, so that a change of other pages costs nothing.
+#pragma once
+
+#include "framework/runtime/thread_context.h"
+
+inline constexpr std::uint64_t translated_page_bytes = 4096;
+
+// Notes that code of the range is about to be read. False if that has been noted before.
+bool note_translated_pages(std::uint64_t start, std::uint64_t end);
+
+// Drops the calling thread's blocks, at once, and those of all other threads, as soon as they come to their
+// dispatchers, if code has been read from a page of the range. Their indirect branches into it go to the
+// dispatcher from now on. May only be called where no code of the calling thread's cache is being run.
+void code_changed(thread_context* context, std::uint64_t start, std::uint64_t end);
