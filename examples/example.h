@@ -14,7 +14,7 @@
 #endif
 
 // All the rest of an example, as drawing its input and printing its output, which is compiled without
-// vectors: its loops would need instructions that are not carried yet.
+// vectors, so that the counts in the report are those of the kernels.
 #if defined(__GNUC__) && !defined(__clang__)
 #define SCALAR __attribute__((optimize("no-tree-vectorize")))
 #else
