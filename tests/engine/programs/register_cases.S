@@ -23,7 +23,7 @@ cases_on_x28:
 #define Y x29
 #define W w28
 #define WY w29
-#include "register_cases.h"
+#include "register_cases.inc"
     .quad 0, 0, 0, 0
 #undef X
 #undef Y
@@ -37,7 +37,7 @@ cases_on_x10:
 #define Y x11
 #define W w10
 #define WY w11
-#include "register_cases.h"
+#include "register_cases.inc"
     .quad 0, 0, 0, 0
 
     .bss
