@@ -23,7 +23,7 @@ help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
-	@echo 'make bench            count what emulated instructions cost'
+	@echo 'make bench            what emulated instructions and floating-point kernels cost'
 	@echo 'make missing          list the opcodes that are not carried yet'
 	@echo 'make format           format the sources (clang-format 14)'
 	@echo 'make install PREFIX=  install ostrel, by default below /usr/local'
@@ -38,6 +38,9 @@ bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
 	cmake --preset $(AARCH64) -DOSTREL_BENCHMARKS=ON
 	cmake --build --preset $(AARCH64) --target stub_cost_table
+	cmake --preset bench
+	cmake --build --preset bench --target fp_kernels
+	build/bench/bin/fp_kernels
 
 # What every opcode does, against a processor with 1024-bit SVE: SEED=, ITERATIONS= (states for each opcode), FILTER=.
 # With DEPTH=, the floating-point kernels as well, DEPTH thousand random operands for each operation.
