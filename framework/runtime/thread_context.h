@@ -29,10 +29,8 @@ struct thread_context {
     std::uint64_t scratch[6];                      // mangled instructions, exits and look-ups
     std::uint64_t call_app_pc;                     // application address of the client call under way
     std::uint64_t client_call_entry;               // code that changes stack, calls X11, and comes back
-    std::uint64_t exit_entry;    // code that saves the application's state and enters the dispatcher
-    std::uint64_t syscall_entry; // the same for a system call
-    std::uint64_t lookup_table;  // direct-mapped table of {application PC, cache PC}
-    std::uint64_t engine_sp;     // the engine's stack pointer while application code runs
+    std::uint64_t exit_entry; // code that saves the application's state and enters the dispatcher
+    std::uint64_t engine_sp;  // the engine's stack pointer while application code runs
 
     // The application's registers while the engine's own code runs.
     std::uint64_t x[31]; // element 28 is unused: see app_x28
@@ -63,6 +61,7 @@ struct thread_context {
     void* mapping;      // all memory of the record
     std::size_t mapping_bytes;
 };
+
 inline constexpr std::size_t signal_stack_bytes = 65536;
 
 inline lookup_entry& lookup_entry_of(thread_context* context, std::uint64_t application_pc) {
