@@ -32,7 +32,7 @@ namespace {
 // Slots of the context that the inserted code doesn't use: scratch 0 and 1 hold the processor and the
 // caller's stack pointer, scratch 2 the link register of a call, engine_sp the application's stack pointer
 // during one.
-static_assert(offsetof(thread_context, scratch) == 88 && offsetof(thread_context, engine_sp) == 176 &&
+static_assert(offsetof(thread_context, scratch) == 88 && offsetof(thread_context, engine_sp) == 160 &&
               offsetof(thread_context, app_x28) == 0 && offsetof(processor, sp) == 248 &&
               offsetof(processor, q) == 288);
 
@@ -110,14 +110,14 @@ leave_code:
 
 call_client:
     mov x9, sp
-    str x9, [x28, #176]
+    str x9, [x28, #160]
     str x30, [x28, #104]
     adrp x9, client_stack + 0x10000
     add x9, x9, :lo12:client_stack + 0x10000
     mov sp, x9
     blr x11
     ldr x30, [x28, #104]
-    ldr x9, [x28, #176]
+    ldr x9, [x28, #160]
     mov sp, x9
     // The callee may change every register but X28: all that it left alone by chance is changed here.
     .irp n, 0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,29
