@@ -53,6 +53,8 @@ void instrlist_append(instrlist_t* ilist, instr_t* instr) { instrlist_preinsert(
 void instrlist_preinsert(instrlist_t* ilist, instr_t* where, instr_t* instr) {
     assert(instr->previous == nullptr && instr->next == nullptr && ilist->first != instr);
     instr_t* before = where != nullptr ? where->previous : ilist->last;
+    if (where != nullptr)
+        instr->replaced = where->raw != nullptr ? where->raw : where->replaced;
     instr->previous = before;
     instr->next = where;
     (before != nullptr ? before->next : ilist->first) = instr;

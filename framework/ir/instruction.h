@@ -11,6 +11,7 @@ struct _instr_t {
     _instr_t* next;
     std::uint8_t* translation; // application address, null if none
     std::uint8_t* raw;         // where the bytes stand in the application's memory, null if built by hand
+    std::uint8_t* replaced;    // if built by hand: raw of the instruction that it was inserted before
     std::uint32_t word;        // the encoding; unused for a label
     bool is_app;               // application status, as against meta
     bool is_label;

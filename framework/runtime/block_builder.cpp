@@ -60,19 +60,40 @@ bool emit_application(code_cache& cache, a64::word instruction, std::uint64_t pc
     }
 }
 
-// Emits the code of the list from the cache's cursor on.
-void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start, std::uint64_t end) {
-    for (const _instr_t* instruction = list->first; instruction; instruction = instruction->next) {
+// The application instruction that an instruction is, or that it is inserted in place of or ahead of.
+const std::uint8_t* application_instruction(const _instr_t* instruction) {
+    return instruction->raw ? instruction->raw : instruction->replaced;
+}
+
+// Emits what the list has from `instruction` on for one application instruction, and moves on behind it;
+// returns true if the block ends with it.
+bool emit_one(code_cache& cache, const _instr_t*& instruction) {
+    const std::uint8_t* const one = application_instruction(instruction);
+    const auto pc = reinterpret_cast<std::uint64_t>(one);
+    const a64::word* const code = cache.out.cursor;
+    bool ends = false, indivisible = false;
+    cache.out.effect = nullptr;
+    for (; instruction && application_instruction(instruction) == one && !ends;
+         instruction = instruction->next) {
+        indivisible |= !instruction->raw;
         if (instruction->is_label)
             continue;
-        if (!instruction->is_app) {
+        if (instruction->is_app)
+            ends = emit_application(cache, instruction->word, pc);
+        else
             cache.out.put(instruction->word);
-            continue;
-        }
-        const auto pc = reinterpret_cast<std::uint64_t>(instruction->translation);
-        if (emit_application(cache, instruction->word, pc ? pc : start))
-            return;
     }
+    add_instruction(cache.map, code, cache.out.cursor, cache.out.effect, indivisible);
+    return ends;
+}
+
+// Emits the code of the list from the cache's cursor on.
+void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start, std::uint64_t end) {
+    begin_fragment(cache.map, cache.out.cursor, start);
+    const _instr_t* instruction = list->first;
+    while (instruction)
+        if (emit_one(cache, instruction))
+            return;
     emit_direct_exit(cache, end);
 }
 

@@ -29,14 +29,14 @@ exit_record* emit_linkable(code_cache& cache, word transfer, std::uint64_t targe
     return exit;
 }
 
-// Jumps to the gate with the hand-over registers saved.
+// Jumps to the gate with the hand-over registers saved. In a block it is the effect of the instruction.
 void emit_leave(emitter& out, const exit_record* record) {
     if (record)
         out.load_constant(first, reinterpret_cast<std::uint64_t>(record));
     else
         out.put(movz(first, 0, 0));
     out.put(ldr_x(second, context_register, offsetof(thread_context, exit_entry)));
-    out.put(br(second));
+    out.put_effect(br(second));
 }
 
 // CBZ or TBZ of X28 tests a hand-over register; both sides enter their targets at the landing, which restores
@@ -48,6 +48,7 @@ void emit_conditional(code_cache& cache, word instruction, kind k, std::uint64_t
         cache.out.put(ldr_x(first, context_register, app_x28_offset));
         instruction = (instruction & ~word{31}) | first;
     }
+    cache.out.effect = cache.out.cursor;
     exit_record* const taken = emit_linkable(cache, instruction, named_address(instruction, k, pc), of_x28);
     taken->untaken = emit_linkable(cache, b(0), pc + 4, of_x28);
 }
@@ -74,9 +75,13 @@ void emit_look_up(code_cache& cache, unsigned target, link link_to) {
     out.put(cbnz_x(key, 0));
     if (borrows)
         out.put(ldr_x(third, context_register, third_slot));
-    if (link_to.wanted)
+    if (link_to.wanted) {
+        out.effect = out.cursor;
         out.load_constant(link_register, link_to.return_address);
-    out.put(br(value));
+        out.put(br(value));
+    } else {
+        out.put_effect(br(value));
+    }
 }
 
 void emit_register_branch(code_cache& cache, word instruction, link link_to) {

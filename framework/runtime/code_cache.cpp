@@ -110,6 +110,7 @@ void flush_code_cache(code_cache& cache) {
         clear_lookup_entry(cache.context, application_pc);
     cache.blocks.clear();
     cache.exits.clear();
+    clear_code_map(cache.map);
     cache.out.cursor = cache.cold = cache.chunk_end = cache.start;
     ++cache.generation;
 }

@@ -8,6 +8,7 @@
 #include <deque>
 #include <unordered_map>
 
+#include "framework/runtime/code_map.h"
 #include "framework/runtime/gates.h"
 
 enum class exit_kind : std::uint8_t {
@@ -63,6 +64,7 @@ struct code_cache {
 
     std::unordered_map<std::uint64_t, block> blocks; // by application address
     std::deque<exit_record> exits;
+    code_map map;
     unsigned generation; // counts flushes
 
     void* mapping; // all of the memory

@@ -14,7 +14,16 @@ struct emitter {
     };
     std::vector<literal_use> literals;
 
+    // The word of the instruction being emitted that the application sees the effect of; null for its first.
+    a64::word* effect;
+
     void put(a64::word word) { *cursor++ = word; }
+
+    // Emits the word that has the effect of an application instruction.
+    void put_effect(a64::word word) {
+        effect = cursor;
+        put(word);
+    }
 
     // LDR of `rt` from a literal of that value.
     void load_constant(unsigned rt, std::uint64_t value) {

@@ -51,7 +51,7 @@ void emit_with_borrowed(emitter& out, word body, unsigned borrowed, use of_x28) 
     out.put(str_x(borrowed, context_register, borrowed_slot));
     if (of_x28 & reads)
         out.put(ldr_x(borrowed, context_register, app_x28_offset));
-    out.put(body);
+    out.put_effect(body);
     if (of_x28 & writes)
         out.put(str_x(borrowed, context_register, app_x28_offset));
     out.put(ldr_x(borrowed, context_register, borrowed_slot));
@@ -92,7 +92,7 @@ void emit_register_pairs(emitter& out, word instruction) {
         out.put(ldr_x(free_pair, context_register, app_x28_offset));
         out.put(move_x(free_pair + 1, 29));
     }
-    out.put(body);
+    out.put_effect(body);
     if (compared == stolen_register) {
         out.put(str_x(free_pair, context_register, app_x28_offset));
         out.put(move_x(29, free_pair + 1));
@@ -128,7 +128,7 @@ void emit_plain(emitter& out, word instruction) {
     const unsigned destination = reusable_destination(instruction, uses);
     if (destination != stolen_register) {
         out.put(ldr_x(destination, context_register, app_x28_offset));
-        out.put(rename_register(instruction, uses, stolen_register, destination));
+        out.put_effect(rename_register(instruction, uses, stolen_register, destination));
         return;
     }
     const unsigned borrowed = unnamed_register(instruction);
@@ -144,7 +144,7 @@ template <typename Make> void emit_to_destination(emitter& out, unsigned destina
     constexpr unsigned borrowed = 0;
     out.put(str_x(borrowed, context_register, borrowed_slot));
     make(borrowed);
-    out.put(str_x(borrowed, context_register, app_x28_offset));
+    out.put_effect(str_x(borrowed, context_register, app_x28_offset));
     out.put(ldr_x(borrowed, context_register, borrowed_slot));
 }
 
@@ -181,13 +181,13 @@ void emit_literal_load(emitter& out, word instruction, std::uint64_t address) {
         if (to_general && rd(instruction) != zero_register) {
             emit_to_destination(out, rd(instruction), [&](unsigned destination) {
                 out.load_constant(destination, address);
-                out.put(f.base | field(destination, 5, 5) | destination);
+                out.put_effect(f.base | field(destination, 5, 5) | destination);
             });
         } else {
             constexpr unsigned borrowed = 0;
             out.put(str_x(borrowed, context_register, borrowed_slot));
             out.load_constant(borrowed, address);
-            out.put(f.base | field(borrowed, 5, 5) | rd(instruction));
+            out.put_effect(f.base | field(borrowed, 5, 5) | rd(instruction));
             out.put(ldr_x(borrowed, context_register, borrowed_slot));
         }
         return;
@@ -228,7 +228,7 @@ void emit_application_instruction(emitter& out, word instruction, kind k, std::u
         emit_to_destination(out, rd(instruction), [&](unsigned destination) {
             out.put((instruction & ~word{31}) | destination);
             if (destination != zero_register) // as a destination of AND it is the stack pointer
-                out.put(and_ones(destination, destination, 30, 63));
+                out.put_effect(and_ones(destination, destination, 30, 63));
         });
         return;
     case kind::unknown_branch:

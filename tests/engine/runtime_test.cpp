@@ -125,7 +125,7 @@ TEST(RobustList, ReleasesWhatTheThreadOwns) {
 // The words that an application instruction at `pc` becomes.
 std::vector<a64::word> emitted(a64::word instruction, std::uint64_t pc) {
     static a64::word buffer[64];
-    emitter out{buffer, {}};
+    emitter out{buffer, {}, nullptr};
     emit_application_instruction(out, instruction, a64::classify(instruction), pc);
     out.place_literals();
     return {buffer, out.cursor};
