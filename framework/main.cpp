@@ -12,6 +12,7 @@
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/program_break.h"
 #include "framework/runtime/raw_system_call.h"
+#include "framework/runtime/signals.h"
 #include "framework/runtime/threads.h"
 
 namespace {
@@ -128,6 +129,9 @@ int main(int, char** arguments) {
     thread_context* const context = load(command.program, auxiliary_vector_behind(environ));
     if (!options_first)
         start_client(static_cast<int>(command.client_arguments.size()), command.client_arguments.data());
+    start_signals();
+    raw_system_call(SYS_rt_sigprocmask, SIG_BLOCK, 0, reinterpret_cast<std::uint64_t>(&context->signals.mask),
+                    sizeof context->signals.mask);
     run_thread(context);
     // The process lives on in its other threads.
     for (;;)

@@ -7,8 +7,9 @@
 #include "framework/runtime/block_exits.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/executable_ranges.h"
+#include "framework/runtime/interruptible.h"
 #include "framework/runtime/mangle.h"
-#include "framework/runtime/process_end.h"
+#include "framework/runtime/signals.h"
 #include "framework/runtime/translated_pages.h"
 
 namespace {
@@ -102,10 +103,15 @@ void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start,
 const block* build_block(thread_context* context, exit_record* from) {
     code_cache& cache = *context->cache;
     const std::uint64_t pc = context->pc;
-    if (pc % 4 != 0)
-        die_of_signal(SIGBUS);
-    if (executable_until(pc) < pc + 4)
-        die_of_signal(SIGSEGV);
+    if (pc % 4 != 0) {
+        raise_fault(context, SIGBUS, BUS_ADRALN, pc);
+        return nullptr;
+    }
+    if (executable_until(pc) < pc + 4) {
+        std::uint8_t byte;
+        raise_fault(context, SIGSEGV, read_application(byte, pc) ? SEGV_ACCERR : SEGV_MAPERR, pc);
+        return nullptr;
+    }
 
     _instrlist_t* list = create_instruction_list();
     // The pages are noted before they are read, so that no change of theirs by another thread is missed.

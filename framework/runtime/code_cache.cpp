@@ -27,6 +27,8 @@ void clear_lookup_entry(thread_context* context, std::uint64_t application_pc) {
     entry = {first ? std::uint64_t{4} : 0, 0};
 }
 
+exit_record interruption_exit{exit_kind::interrupted, true, false, 0, 0, nullptr, nullptr, nullptr};
+
 std::uint8_t* map_cache(std::uint64_t near_address, std::size_t bytes) {
     constexpr int protection = PROT_READ | PROT_WRITE | PROT_EXEC;
     constexpr int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
@@ -58,6 +60,7 @@ thread_context* create_thread_context() {
         return nullptr;
     std::uint8_t* const stack_top = static_cast<std::uint8_t*>(mapped) + page + engine_stack_bytes;
     auto* const context = new (stack_top + lookup_table_bytes) thread_context{};
+    context->signals.alternate = {nullptr, SS_DISABLE, 0};
     context->engine_stack_top = reinterpret_cast<std::uint64_t>(stack_top);
     context->signal_stack = stack_top + lookup_table_bytes + record_bytes;
     context->mapping = mapped;
@@ -95,7 +98,7 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
     cache->mapping_bytes = bytes;
     cache->limit = reinterpret_cast<a64::word*>(memory + bytes);
     cache->out.cursor = first;
-    cache->gate = emit_gates(cache->out);
+    cache->gate = emit_gates(cache->out, &interruption_exit);
     cache->start = cache->out.cursor;
     cache->cold = cache->chunk_end = cache->start;
     synchronise_code(first, cache->start);

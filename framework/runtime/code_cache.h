@@ -15,6 +15,7 @@ enum class exit_kind : std::uint8_t {
     direct,          // to `target`; becomes a branch to the target's block
     system_call,     // SVC, then to `target`
     invalidate_code, // IC IVAU of the address in register `detail`, then to `target`
+    interrupted,     // by a signal; to where the context's `pc` says
 };
 
 // One exit of a block. Freed when the cache is flushed.

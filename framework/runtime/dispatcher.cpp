@@ -2,6 +2,7 @@
 
 #include "framework/runtime/block_builder.h"
 #include "framework/runtime/code_cache.h"
+#include "framework/runtime/signals.h"
 #include "framework/runtime/system_calls.h"
 #include "framework/runtime/translated_pages.h"
 
@@ -28,10 +29,13 @@ bool flush_if_requested(thread_context* context) {
 // Does what the exit asks for and sets the context's `pc` to where the application goes on. Returns the exit
 // if it is to be linked to the block there.
 exit_record* leave(thread_context* context, exit_record* exit) {
-    context->pc = exit->target;
+    if (exit->kind != exit_kind::interrupted)
+        context->pc = exit->target;
     switch (exit->kind) {
     case exit_kind::direct:
         return exit;
+    case exit_kind::interrupted:
+        return nullptr;
     case exit_kind::system_call:
         handle_system_call(context); // may flush the cache and the record with it
         return nullptr;
@@ -42,31 +46,55 @@ exit_record* leave(thread_context* context, exit_record* exit) {
     return nullptr;
 }
 
+// The block where the application goes on, built if need be and linked to the exit that leads to it. Null if
+// the application cannot go on there and a signal says so.
+const block* next_block(thread_context* context, exit_record* from) {
+    const block* const found = find_block(*context->cache, context->pc);
+    if (!found)
+        return build_block(context, from);
+    if (from)
+        link_exit(*from, *found);
+    return found;
+}
+
+// Runs the cache until the next exit. False if something has come up that is to be seen to before.
+bool enter(thread_context* context, const block& start, exit_record*& exit) {
+    context->enter_target = reinterpret_cast<std::uint64_t>(start.landing);
+    context->in_cache.store(true);
+    // From here on, a signal that arrives changes the target.
+    const bool free = !context->flush_requested.load() && !context->signals.pending.load();
+    if (free)
+        exit = context->cache->gate.enter_cache(context);
+    context->in_cache.store(false);
+    return free;
+}
+
 void run_blocks(void* argument) {
     auto* const context = static_cast<thread_context*>(argument);
-    code_cache& cache = *context->cache;
-    const block* next = build_block(context, nullptr);
-    for (;;) {
-        exit_record* exit = cache.gate.enter_cache(context, next->landing);
-        const bool indirect = !exit;
+    exit_record* from = nullptr; // the exit by which the cache was left, if it can be linked
+    bool indirect = false;       // it was left by an indirect branch
+    while (!context->ended) {
+        if (deliver_signals(context) | flush_if_requested(context)) {
+            from = nullptr;
+            indirect = false;
+        }
+        const block* const next = next_block(context, from);
+        from = nullptr;
+        if (!next)
+            continue;
+        // The entry may be made after it should have been cleared: then a flush has been requested.
+        if (indirect)
+            enter_in_lookup_table(*context->cache, context->pc, *next);
+        indirect = false;
+        exit_record* exit;
+        if (!enter(context, *next, exit))
+            continue;
+        restore_patched_word(context);
+        indirect = !exit;
         if (indirect)
             context->pc = branch_target(context->pc);
         else
-            exit = leave(context, exit);
-        if (context->ended)
-            return;
-        if (flush_if_requested(context))
-            exit = nullptr;
-        next = find_block(cache, context->pc);
-        if (!next)
-            next = build_block(context, exit);
-        else if (exit)
-            link_exit(*exit, *next);
-        if (indirect)
-            enter_in_lookup_table(cache, context->pc, *next);
-        // Once more, since the entry may have been made after it should have been cleared.
-        if (flush_if_requested(context))
-            next = build_block(context, nullptr);
+            from = leave(context, exit);
     }
 }
 

@@ -64,7 +64,6 @@ template <typename Function> Function code_at(const word* place) { return std::b
 void emit_enter(emitter& out) {
     save_callee_registers(out);
     out.put(move_x(context_register, 0));
-    out.put(move_x(hand_over_register, 1));
     out.put(add_immediate(2, stack_pointer, 0));
     out.put(str_x(2, context_register, offsetof(thread_context, engine_sp)));
     out.put(ldp_x(2, 3, context_register, x_offset(hand_over_register)));
@@ -77,7 +76,16 @@ void emit_enter(emitter& out) {
     out.put(ldr_x(2, context_register, sp_offset));
     out.put(add_immediate(stack_pointer, 2, 0));
     move_general_registers(out, true);
+    out.put(ldr_x(hand_over_register, context_register, offsetof(thread_context, enter_target)));
     out.put(br(hand_over_register));
+}
+
+// Goes on in the exit.
+void emit_interrupted(emitter& out, gates& result, const exit_record* interruption) {
+    result.interrupted_entry = reinterpret_cast<std::uint64_t>(out.cursor);
+    out.put(stp_x(hand_over_register, hand_over_register_2, context_register, hand_over_slot));
+    result.refusing_landing = reinterpret_cast<std::uint64_t>(out.cursor);
+    out.load_constant(hand_over_register, reinterpret_cast<std::uint64_t>(interruption));
 }
 
 void emit_exit(emitter& out) {
@@ -99,18 +107,23 @@ void emit_exit(emitter& out) {
     out.put(ret());
 }
 
-void emit_client_call(emitter& out) {
+void emit_client_call(emitter& out, gates& result) {
     constexpr unsigned callee = 11;
+    constexpr std::int64_t return_offset = offsetof(thread_context, client_return);
+    result.client_call_entry = reinterpret_cast<std::uint64_t>(out.cursor);
+    out.put(str_x(link_register, context_register, return_offset));
     out.put(add_immediate(9, stack_pointer, 0));
     out.put(str_x(9, context_register, sp_offset));
     out.put(ldr_x(9, context_register, offsetof(thread_context, engine_sp)));
-    out.put(sub_immediate(stack_pointer, 9, 16));
-    out.put(str_x(link_register, stack_pointer, 0));
+    out.put(add_immediate(stack_pointer, 9, 0));
     out.put(blr(callee));
-    out.put(ldr_x(link_register, stack_pointer, 0));
+    out.put(ldr_x(link_register, context_register, return_offset));
+    result.client_call_returning = reinterpret_cast<std::uint64_t>(out.cursor);
     out.put(ldr_x(9, context_register, sp_offset));
     out.put(add_immediate(stack_pointer, 9, 0));
+    out.put(str_x(zero_register, context_register, return_offset));
     out.put(ret());
+    result.client_call_end = reinterpret_cast<std::uint64_t>(out.cursor);
 }
 
 void emit_call_on_stack(emitter& out) {
@@ -127,15 +140,17 @@ void emit_call_on_stack(emitter& out) {
 
 } // namespace
 
-gates emit_gates(emitter& out) {
+gates emit_gates(emitter& out, const exit_record* interruption) {
     gates result{};
     result.enter_cache = code_at<decltype(result.enter_cache)>(out.cursor);
     emit_enter(out);
+    result.enter_end = code_at<std::uint64_t>(out.cursor);
+    emit_interrupted(out, result, interruption);
     result.exit_entry = code_at<std::uint64_t>(out.cursor);
     emit_exit(out);
-    result.client_call_entry = code_at<std::uint64_t>(out.cursor);
-    emit_client_call(out);
+    emit_client_call(out, result);
     result.call_on_stack = code_at<decltype(result.call_on_stack)>(out.cursor);
     emit_call_on_stack(out);
+    out.place_literals();
     return result;
 }

@@ -18,10 +18,16 @@ constexpr std::int64_t scratch_slot(unsigned n) { return offsetof(thread_context
 inline constexpr std::int64_t hand_over_slot = scratch_slot(0);
 
 struct gates {
-    // Loads the application's state from the context and runs the cache from a block's landing. Comes back at
-    // the next exit with the state saved, and returns the exit's record, null for an indirect branch, whose
-    // target is then the context's `pc`.
-    exit_record* (*enter_cache)(thread_context* context, const a64::word* landing);
+    // Loads the application's state from the context and runs the cache from the context's `enter_target`, a
+    // landing. Comes back at the next exit with the state saved, and returns the exit's record, null for an
+    // indirect branch, whose target is then the context's `pc`.
+    exit_record* (*enter_cache)(thread_context* context);
+    std::uint64_t enter_end; // behind its last word, which jumps to the target
+
+    // A landing that leaves at once, by the record for interruptions; and the same for where the
+    // application's registers are in place.
+    std::uint64_t refusing_landing;
+    std::uint64_t interrupted_entry;
 
     // Calls function(argument) on another stack.
     void (*call_on_stack)(void* argument, std::uint64_t stack_top, void (*function)(void*));
@@ -32,7 +38,9 @@ struct gates {
     // Called by BLR X10 from code of the client: callee in X11, its arguments in X0 to X7. Runs it on the
     // engine's stack. FPCR stays the application's; every register but X28 and SP may change.
     std::uint64_t client_call_entry;
+    std::uint64_t client_call_returning; // from here to its end X30 is the return address again
+    std::uint64_t client_call_end;
 };
 
-// Emits the gates.
-gates emit_gates(emitter& out);
+// Emits the gates. `interruption` is the record for interruptions.
+gates emit_gates(emitter& out, const exit_record* interruption);

@@ -32,7 +32,7 @@ bool asks_for_own_executable(std::uint64_t path) {
 
 void handle_readlinkat(thread_context* context) {
     if (static_cast<std::int32_t>(context->x[3]) <= 0 || !asks_for_own_executable(context->x[1]))
-        return pass_to_kernel(context);
+        return static_cast<void>(pass_to_kernel(context));
     // The kernel's answer shows that the buffer can be written, as far as the right one will be.
     const std::string_view own = main_module()->full_path;
     const std::uint64_t buffer = context->x[2], size = context->x[3];
@@ -46,17 +46,18 @@ void handle_readlinkat(thread_context* context) {
 
 void handle_openat(thread_context* context) {
     const auto* const path = reinterpret_cast<const char*>(context->x[1]);
-    pass_to_kernel(context);
-    if (is_error(context->x[0]) || !names_own_executable(path))
+    if (!pass_to_kernel(context) || is_error(context->x[0]) || !names_own_executable(path))
         return;
     raw_system_call(SYS_close, context->x[0]);
     context->x[0] = raw_system_call(SYS_openat, AT_FDCWD, program_path(), context->x[2], context->x[3]);
 }
 
 void handle_execve(thread_context* context) {
-    if (asks_for_own_executable(context->x[0]))
+    const std::uint64_t path = context->x[0];
+    if (asks_for_own_executable(path))
         context->x[0] = program_path();
-    pass_to_kernel(context);
+    if (!pass_to_kernel(context))
+        context->x[0] = path;
 }
 
 constexpr system_call_row rows[] = {

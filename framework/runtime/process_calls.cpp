@@ -9,7 +9,7 @@
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/process_lock.h"
 #include "framework/runtime/raw_system_call.h"
-#include "framework/runtime/signal_numbers.h"
+#include "framework/runtime/signals.h"
 #include "framework/runtime/system_calls.h"
 #include "framework/runtime/threads.h"
 
@@ -22,36 +22,6 @@ void not_implemented(thread_context* context) { refuse(context, ENOSYS); }
 
 void handle_exit(thread_context* context) { end_thread(context, static_cast<int>(context->x[0])); }
 void handle_exit_group(thread_context* context) { end_process(context, static_cast<int>(context->x[0])); }
-
-// The kernel's struct sigaction: handler, flags, restorer, mask.
-struct kernel_sigaction {
-    std::uint64_t handler;
-    std::uint64_t flags;
-    std::uint64_t restorer;
-    std::uint64_t mask;
-};
-
-void handle_sigaction(thread_context* context) {
-    if (is_between_threads(context->x[0])) {
-        context->x[0] = 0;
-        return;
-    }
-    const auto* const action = reinterpret_cast<const kernel_sigaction*>(context->x[1]);
-    pass_to_kernel(context);
-    // After the kernel's success the record is known to be readable.
-    if (context->x[0] == 0 && action && action->handler != reinterpret_cast<std::uint64_t>(SIG_DFL) &&
-        action->handler != reinterpret_cast<std::uint64_t>(SIG_IGN))
-        die_with_message(status_unsupported, "signal handlers are not supported yet");
-}
-
-// Signals of the C library to its own threads: without its handler they would end the process.
-void handle_thread_kill(thread_context* context) {
-    const std::uint64_t signal = context->x[context->x[8] == SYS_tgkill ? 2 : 1];
-    if (is_between_threads(signal))
-        die_with_message(status_unsupported,
-                         "signals between threads (pthread_cancel, setuid) are not supported yet");
-    pass_to_kernel(context);
-}
 
 // A child with memory of its own gets a copy of the engine with everything else and just goes on in it. Made
 // by the C library's fork, so that its locks are free in the child; anything special, by clone itself.
@@ -73,8 +43,10 @@ std::uint64_t fork_process(const thread_request& request) {
 
 void handle_fork(thread_context* context, const thread_request& request) {
     const std::scoped_lock locks(mappings_mutex, process_mutex);
+    block_all_signals(); // so that none arrives in the child as if in the parent
     const std::uint64_t result = fork_process(request);
     if (result == 0) {
+        forget_signals_of_parent(context);
         // Stack and thread pointer are the application's matter, not that of the engine's code that is here.
         if (request.stack)
             context->sp = request.stack;
@@ -82,6 +54,8 @@ void handle_fork(thread_context* context, const thread_request& request) {
             context->app_tpidr = request.thread_pointer;
         context->clear_child_tid = request.flags & CLONE_CHILD_CLEARTID ? request.child_tid : 0;
         forget_other_threads(context);
+    } else {
+        set_application_mask(context, context->signals.mask);
     }
     context->x[0] = result;
 }
@@ -109,8 +83,7 @@ void handle_set_tid_address(thread_context* context) {
 
 void handle_set_robust_list(thread_context* context) {
     const std::uint64_t head = context->x[0];
-    pass_to_kernel(context);
-    if (!is_error(context->x[0]))
+    if (pass_to_kernel(context) && !is_error(context->x[0]))
         context->robust_list = head;
 }
 
@@ -126,11 +99,8 @@ void handle_prctl(thread_context* context) {
 constexpr system_call_row rows[] = {
     {SYS_exit, handle_exit},
     {SYS_exit_group, handle_exit_group},
-    {SYS_rt_sigaction, handle_sigaction},
     {SYS_set_tid_address, handle_set_tid_address},
     {SYS_set_robust_list, handle_set_robust_list},
-    {SYS_tgkill, handle_thread_kill},
-    {SYS_tkill, handle_thread_kill},
     {SYS_clone, handle_clone},
     {SYS_clone3, not_implemented}, // the C library falls back on clone
     {SYS_rseq, not_implemented},   // its critical sections do not survive translation

@@ -35,11 +35,12 @@ void exit_process(int status) {
 }
 
 void die_of_signal(int signal) {
-    std::signal(signal, SIG_DFL);
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, signal);
-    sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    // The C library does not let go of the signals between threads.
+    constexpr std::uint64_t default_action[4] = {};
+    raw_system_call(SYS_rt_sigaction, static_cast<std::uint64_t>(signal),
+                    reinterpret_cast<std::uint64_t>(default_action), 0, sizeof(std::uint64_t));
+    const std::uint64_t set = std::uint64_t{1} << (signal - 1);
+    raw_system_call(SYS_rt_sigprocmask, SIG_UNBLOCK, reinterpret_cast<std::uint64_t>(&set), 0, sizeof set);
     // The C library's own idea of the thread's number is stale in a child made by the program.
     raw_system_call(SYS_tgkill, raw_system_call(SYS_getpid), raw_system_call(SYS_gettid), signal);
     exit_process(128 + signal);

@@ -19,8 +19,12 @@ using system_call_rows = std::span<const system_call_row>;
 system_call_rows memory_calls();
 system_call_rows process_calls();
 system_call_rows path_calls();
+system_call_rows signal_calls();
 
-// Makes the call with the context's registers and stores its result. The second is for calls that may wait,
-// and must be made without a lock: the process may end in the meantime.
+// Makes the call with the context's registers and stores its result.
 void call_kernel(thread_context* context);
-void pass_to_kernel(thread_context* context);
+
+// The same for calls that may wait, to be made without a lock: the process may end in the meantime. If a
+// signal comes before the call has had any effect it returns false, and the handler must leave everything as
+// it was: the call will be made again behind the signal's handler.
+bool pass_to_kernel(thread_context* context);

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "framework/runtime/thread_signals.h"
+
 struct code_cache; // framework/runtime/code_cache.h
 
 // The look-up table of indirect branches lies right below the record, so that X28 addresses it too: the entry
@@ -29,8 +31,10 @@ struct thread_context {
     std::uint64_t scratch[6];                      // mangled instructions, exits and look-ups
     std::uint64_t call_app_pc;                     // application address of the client call under way
     std::uint64_t client_call_entry;               // code that changes stack, calls X11, and comes back
-    std::uint64_t exit_entry; // code that saves the application's state and enters the dispatcher
-    std::uint64_t engine_sp;  // the engine's stack pointer while application code runs
+    std::uint64_t exit_entry;    // code that saves the application's state and enters the dispatcher
+    std::uint64_t engine_sp;     // the engine's stack pointer while application code runs
+    std::uint64_t enter_target;  // where the cache is entered next
+    std::uint64_t client_return; // in the cache, of the client call under way; 0 if there is none
 
     // The application's registers while the engine's own code runs.
     std::uint64_t x[31]; // element 28 is unused: see app_x28
@@ -55,7 +59,10 @@ struct thread_context {
     std::atomic<int> number;           // the thread's number in the kernel, 0 until it runs
     std::atomic<bool> flush_requested; // the dispatcher is to drop all blocks
     std::atomic<bool> in_system_call;  // the thread may be waiting in a system call of the application
+    std::atomic<bool> in_cache;        // the thread runs code of its cache, or of a client called from there
     std::atomic<bool> stopped;         // the thread has stopped for good, since the process ends
+
+    thread_signals signals;
 
     void* signal_stack; // for the engine's own handlers
     void* mapping;      // all memory of the record

@@ -9,7 +9,6 @@
 #include <pthread.h>
 #include <sched.h>
 #include <sys/syscall.h>
-#include <ucontext.h>
 
 #include "framework/ir/instruction.h"
 #include "framework/runtime/client_events.h"
@@ -19,7 +18,7 @@
 #include "framework/runtime/process_lock.h"
 #include "framework/runtime/raw_system_call.h"
 #include "framework/runtime/robust_list.h"
-#include "framework/runtime/signal_numbers.h"
+#include "framework/runtime/signals.h"
 
 namespace {
 
@@ -54,32 +53,6 @@ void store_if_wanted(std::uint64_t address, std::uint32_t value) {
     static std::uint32_t never_changes = 0;
     for (;;)
         raw_system_call(SYS_futex, reinterpret_cast<std::uint64_t>(&never_changes), FUTEX_WAIT, 0);
-}
-
-// A thread that runs code of the application or waits in one of its system calls stops. Any other is in the
-// middle of something that must be completed, and will be asked again.
-void handle_stop_request(int, siginfo_t*, void* machine_context) {
-    auto* const context = static_cast<thread_context*>(dr_get_current_drcontext());
-    if (!context || !process_ends)
-        return;
-    const std::uint64_t pc = static_cast<ucontext_t*>(machine_context)->uc_mcontext.pc;
-    const code_cache& cache = *context->cache;
-    if (context->in_system_call.load(std::memory_order_relaxed) ||
-        (pc >= reinterpret_cast<std::uint64_t>(cache.start) &&
-         pc < reinterpret_cast<std::uint64_t>(cache.limit)))
-        stop_for_good(context);
-}
-
-// The C library keeps this signal to itself and offers no way to handle it.
-void install_stop_handler() {
-    const struct {
-        void (*handler)(int, siginfo_t*, void*);
-        std::uint64_t flags;
-        std::uint64_t restorer;
-        std::uint64_t mask;
-    } action{handle_stop_request, SA_SIGINFO | SA_RESTART | SA_ONSTACK, 0, ~std::uint64_t{0}};
-    raw_system_call(SYS_rt_sigaction, stop_signal, reinterpret_cast<std::uint64_t>(&action), 0,
-                    sizeof action.mask);
 }
 
 void set_signal_stack(void* start, std::size_t bytes) {
@@ -160,6 +133,7 @@ thread_context* create_context_for(const thread_context* parent, const thread_re
         return nullptr;
     copy_application_state(context, parent);
     context->x[0] = 0;
+    context->signals.mask = parent->signals.mask;
     if (request.stack)
         context->sp = request.stack;
     if (request.flags & CLONE_SETTLS)
@@ -188,6 +162,17 @@ void tell_application(std::uint64_t robust_list, std::uint64_t clear_child_tid, 
 
 } // namespace
 
+bool stop_if_process_ends(thread_context* context, std::uint64_t pc) {
+    if (!process_ends)
+        return false;
+    const code_cache& cache = *context->cache;
+    if (context->in_system_call.load(std::memory_order_relaxed) ||
+        (pc >= reinterpret_cast<std::uint64_t>(cache.start) &&
+         pc < reinterpret_cast<std::uint64_t>(cache.limit)))
+        stop_for_good(context);
+    return true;
+}
+
 void run_thread(thread_context* context) {
     const auto number = static_cast<std::uint32_t>(raw_system_call(SYS_gettid));
     context->number.store(static_cast<int>(number));
@@ -199,7 +184,9 @@ void run_thread(thread_context* context) {
     set_current_drcontext(context);
     set_signal_stack(context->signal_stack, signal_stack_bytes);
     raise_thread_init(context);
+    start_thread_signals(context);
     run_application(context);
+    block_all_signals();
     const std::uint64_t robust_list = context->robust_list, clear_child_tid = context->clear_child_tid;
     set_signal_stack(nullptr, 0);
     set_current_drcontext(nullptr);
@@ -209,8 +196,6 @@ void run_thread(thread_context* context) {
 }
 
 std::uint64_t start_thread(thread_context* parent, const thread_request& request) {
-    static std::once_flag installed;
-    std::call_once(installed, install_stop_handler);
     thread_start start{create_context_for(parent, request), request, 0};
     if (!start.context)
         return -static_cast<std::uint64_t>(ENOMEM);
@@ -220,7 +205,9 @@ std::uint64_t start_thread(thread_context* parent, const thread_request& request
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
     pthread_attr_setstacksize(&attributes, host_stack_bytes);
     pthread_t thread;
+    block_all_signals(); // the new thread has them so until it has its context
     const int failure = pthread_create(&thread, &attributes, thread_main, &start);
+    set_application_mask(parent, parent->signals.mask);
     pthread_attr_destroy(&attributes);
     if (failure) {
         remove_thread(start.context);

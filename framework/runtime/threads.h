@@ -29,6 +29,11 @@ void end_thread(thread_context* context, int status);
 // Ends the process: stops the other threads, raises the client's events, and exits.
 [[noreturn]] void end_process(thread_context* context, int status);
 
+// If the process is about to end, stops the calling thread for good, provided that the address where it has
+// been interrupted shows that it is not in the middle of something that must be completed; if it is, the
+// thread will be asked again. False if the process is not ending.
+bool stop_if_process_ends(thread_context* context, std::uint64_t pc);
+
 // In a child made by fork only the calling thread goes on.
 void forget_other_threads(thread_context* context);
 

@@ -5,6 +5,7 @@
 
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/process_lock.h"
+#include "framework/runtime/signals.h"
 #include "framework/runtime/threads.h"
 
 namespace {
@@ -57,5 +58,7 @@ void code_changed(thread_context* context, std::uint64_t start, std::uint64_t en
         thread->flush_requested.store(true);
         for (const std::uint64_t page : pages)
             clear_lookup_entries(thread, page * translated_page_bytes, translated_page_bytes);
+        if (thread->in_cache.load())
+            interrupt_thread(thread);
     }
 }

@@ -3,7 +3,11 @@
 #pragma once
 
 #include "dr_call_kelvo.h"
+#include "sve/client/signal_state.h"
 
 inline void register_process_exit_event(void (*event)()) { drmgr_register_exit_event(event); }
-inline bool register_framework_events() { return true; }
+inline bool register_framework_events() {
+    register_signal_state();
+    return true;
+}
 inline void check_framework_options() {}

@@ -86,6 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
                          testing::Values(program_case{"threads", {"work"}}, program_case{"threads", {"fork"}},
                                          program_case{"threads", {"return"}},
+                                         program_case{"threads", {"cancel"}},
                                          program_case{"threads-dynamic", {"return"}},
                                          program_case{"threads", {"exit-elsewhere"}},
                                          program_case{"threads", {"first-thread-ends"}},
@@ -181,14 +182,10 @@ TEST_P(Unsupported, OneLineAndStatus125) {
     EXPECT_EQ(result.output.find("after"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Programs, Unsupported,
-    testing::Values(
-        unsupported_case{"endings", "handler", "signal handlers are not supported yet"},
-        unsupported_case{"threads", "cancel",
-                         "signals between threads (pthread_cancel, setuid) are not supported yet"},
-        unsupported_case{"endings", "spawn",
-                         "child processes that share memory (vfork, posix_spawn) are not supported "
-                         "yet"}));
+INSTANTIATE_TEST_SUITE_P(Programs, Unsupported,
+                         testing::Values(unsupported_case{
+                             "endings", "spawn",
+                             "child processes that share memory (vfork, posix_spawn) are not supported "
+                             "yet"}));
 
 } // namespace

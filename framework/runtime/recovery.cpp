@@ -1,0 +1,121 @@
+#include "framework/runtime/recovery.h"
+
+#include "framework/aarch64/classify.h"
+
+namespace {
+
+using namespace a64;
+
+constexpr std::int64_t first_slot = scratch_slot(0);
+constexpr std::int64_t end_of_slots = first_slot + static_cast<std::int64_t>(sizeof(thread_context::scratch));
+
+// LDR and STR of an X register, and LDP and STP of two, at an offset from the context register.
+struct context_access {
+    bool load;
+    bool pair;
+    unsigned first, second;
+    std::int64_t offset;
+};
+
+bool decode_context_access(word instruction, context_access& access) {
+    if (rn(instruction) != stolen_register)
+        return false;
+    const auto signed_pair_offset = [](word pair) {
+        return (static_cast<std::int64_t>((pair >> 15) & 0x7F) ^ 0x40) - 0x40;
+    };
+    switch (instruction & 0xFFC00000) {
+    case 0xF9000000:
+    case 0xF9400000:
+        access = {(instruction & 0x00400000) != 0, false, rd(instruction), 0,
+                  static_cast<std::int64_t>((instruction >> 10) & 0xFFF) * 8};
+        return true;
+    case 0xA9000000:
+    case 0xA9400000:
+        access = {(instruction & 0x00400000) != 0, true, rd(instruction), (instruction >> 10) & 31,
+                  signed_pair_offset(instruction) * 8};
+        return true;
+    default:
+        return false;
+    }
+}
+
+std::uint64_t& context_field(const code_cache& cache, std::int64_t offset) {
+    return *reinterpret_cast<std::uint64_t*>(reinterpret_cast<std::uint8_t*>(cache.context) + offset);
+}
+
+void carry_out(const code_cache& cache, const context_access& access, std::uint64_t* x) {
+    for (unsigned n = 0; n < (access.pair ? 2u : 1u); ++n) {
+        const unsigned number = n == 0 ? access.first : access.second;
+        std::uint64_t& field = context_field(cache, access.offset + 8 * n);
+        if (access.load && number != zero_register)
+            x[number] = field;
+        else if (!access.load)
+            field = number == zero_register ? 0 : x[number];
+    }
+}
+
+// Takes back the registers that the words before the PC have put into scratch slots.
+void undo(const code_cache& cache, const code_place& place, interrupted_machine& machine) {
+    const auto* const here = reinterpret_cast<const word*>(machine.pc);
+    for (const word* instruction = place.start; instruction < here; ++instruction) {
+        context_access access;
+        if (!decode_context_access(*instruction, access) || access.load || access.offset < first_slot ||
+            access.offset >= end_of_slots)
+            continue;
+        access.load = true;
+        carry_out(cache, access, machine.x);
+    }
+}
+
+// Carries out one of the words that may stand behind an effect, or of a landing, or a jump of a stub. False
+// if the word is none of them.
+bool step(const code_cache& cache, interrupted_machine& machine) {
+    const word instruction = *reinterpret_cast<const word*>(machine.pc);
+    context_access access;
+    if (classify(instruction) == kind::branch) {
+        machine.pc = named_address(instruction, kind::branch, machine.pc);
+        return true;
+    }
+    if ((instruction & 0xFFFFFC1F) == br(0)) {
+        machine.pc = machine.x[rn(instruction)];
+        return true;
+    }
+    if (decode_context_access(instruction, access))
+        carry_out(cache, access, machine.x);
+    else if ((instruction & 0xFFE0FFE0) == move_x(0, 0))
+        machine.x[rd(instruction)] = machine.x[(instruction >> 16) & 31];
+    else
+        return false;
+    machine.pc += 4;
+    return true;
+}
+
+// In a stub, only what leads to another block is carried out: all else comes to the dispatcher.
+bool leads_to_block(word instruction) {
+    return classify(instruction) == kind::branch ||
+           instruction == ldp_x(hand_over_register, hand_over_register_2, stolen_register, hand_over_slot);
+}
+
+} // namespace
+
+recovery recover_state(const code_cache& cache, interrupted_machine& machine) {
+    for (;;) {
+        const auto* const here = reinterpret_cast<const word*>(machine.pc);
+        if (here < cache.start || here >= cache.limit)
+            return {recovery::outcome::leaving, 0, nullptr};
+        const std::optional<code_place> place = find_place(cache.map, here);
+        if (!place) {
+            if (!leads_to_block(*here) || !step(cache, machine))
+                return {recovery::outcome::leaving, 0, nullptr};
+            continue;
+        }
+        if (here == place->start)
+            return {recovery::outcome::complete, place->pc, nullptr};
+        if (!place->indivisible && here <= place->effect) {
+            undo(cache, *place, machine);
+            return {recovery::outcome::complete, place->pc, nullptr};
+        }
+        if (place->indivisible || !step(cache, machine))
+            return {recovery::outcome::running, place->next_pc, const_cast<word*>(place->end)};
+    }
+}

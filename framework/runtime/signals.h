@@ -1,0 +1,43 @@
+// Signals of the application. The engine has the kernel's handlers; what arrives is delivered to the
+// application's handlers when its state is complete: at once if the interrupted code allows, and otherwise as
+// soon as it does.
+#pragma once
+
+#include "framework/runtime/signal_frame.h"
+
+// The engine interrupts threads by this signal, to end the process or to have them leave their blocks. Like
+// the next one it belongs to the C library, which uses them between its own threads.
+inline constexpr unsigned stop_signal = 32;
+
+// Takes the handlers of the signals that the engine needs. Those of the client for memory faults are called
+// for faults that are not the application's own, or that it has no handler for.
+void start_signals();
+
+// Sets up the calling thread, whose context is current, to receive signals. All are blocked before.
+void start_thread_signals(thread_context* context);
+
+// Blocks all signals of the calling thread, for times when it has no context.
+void block_all_signals();
+
+// Blocks exactly these signals, as the application asks for it.
+void set_application_mask(thread_context* context, std::uint64_t mask);
+
+// Makes the context enter the handler of the pending signal, or does what takes the place of a handler.
+// Afterwards no signal is pending. False if none was.
+bool deliver_signals(thread_context* context);
+
+// Makes a fault of the application at its `pc` the pending signal, or ends the process by it.
+void raise_fault(thread_context* context, int signal, int code, std::uint64_t address);
+
+// Makes another thread come to its dispatcher soon. It must not end meanwhile.
+void interrupt_thread(thread_context* thread);
+
+// Takes back what the code cache has been changed by so that a client's code is left at its end.
+void restore_patched_word(thread_context* context);
+
+// In a child made by fork: no signal is pending.
+void forget_signals_of_parent(thread_context* context);
+
+// The application's action for a signal from 1 to 64, and its change. The lock of the process must be held.
+signal_action application_action(unsigned signal);
+void set_application_action(unsigned signal, const signal_action& action);
