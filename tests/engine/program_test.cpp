@@ -93,6 +93,23 @@ INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
                                          program_case{"threads", {"fault-elsewhere"}}),
                          name_of);
 
+INSTANTIATE_TEST_SUITE_P(
+    Signals, SameAsDirectly,
+    testing::Values(program_case{"signals", {"information"}}, program_case{"signals", {"registers"}},
+                    program_case{"signals", {"interrupted"}}, program_case{"signals", {"masks"}},
+                    program_case{"signals", {"stacks"}}, program_case{"signals", {"waits"}},
+                    program_case{"signals", {"jumps"}}, program_case{"signals", {"processes"}},
+                    program_case{"signals", {"threads"}}, program_case{"signals", {"bad-stack"}},
+                    program_case{"signals", {"bad-frame"}}),
+    name_of);
+
+// What a processor with SVE does as well: the program checks itself.
+TEST(MachineWithoutSVE, SignalHandlersKeepTheRegistersOfSVE) {
+    const outcome result = run_translated("sve_signals", {});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "0 failed\n");
+}
+
 // The counts of all threads add up: 40 threads with 1002 instructions each.
 TEST(MachineWithoutSVE, ThreadsHaveTheirOwnState) {
     const outcome result = run_translated("sve_threads", {});
