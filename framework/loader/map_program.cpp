@@ -64,16 +64,17 @@ bool map_segment(int descriptor, const Elf64_Phdr& segment, std::uint64_t bias) 
     std::uint64_t anonymous_start = first_page;
     if (segment.p_filesz > 0) {
         const std::uint64_t offset = segment.p_offset - (start - first_page);
-        void* const mapped = mmap(pointer(first_page), file_end - first_page, protection | PROT_WRITE,
+        anonymous_start = round_up(file_end, page);
+        const std::uint64_t mapped_bytes = anonymous_start - first_page;
+        void* const mapped = mmap(pointer(first_page), mapped_bytes, protection | PROT_WRITE,
                                   MAP_PRIVATE | MAP_FIXED, descriptor, static_cast<off_t>(offset));
         if (mapped == MAP_FAILED)
             return false;
-        anonymous_start = round_up(file_end, page);
         // Zeroed memory, if there is any, takes the rest of the last page. Programs use what lies behind
         // their last variable there as a first heap.
         if (memory_end > file_end)
             std::memset(pointer(file_end), 0, anonymous_start - file_end);
-        if (!(protection & PROT_WRITE) && mprotect(mapped, file_end - first_page, protection) != 0)
+        if (!(protection & PROT_WRITE) && mprotect(mapped, mapped_bytes, protection) != 0)
             return false;
     }
     if (memory_end > anonymous_start) {
