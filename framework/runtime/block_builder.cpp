@@ -6,6 +6,7 @@
 #include "framework/ir/instruction.h"
 #include "framework/runtime/block_exits.h"
 #include "framework/runtime/client_events.h"
+#include "framework/runtime/exclusives.h"
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/interruptible.h"
 #include "framework/runtime/mangle.h"
@@ -24,6 +25,15 @@ std::uint64_t read_block(_instrlist_t* list, std::uint64_t pc) {
     for (unsigned count = 0; count < block_instructions_limit && pc + 4 <= limit; ++count) {
         _instr_t* const instruction = instruction_from_application(reinterpret_cast<std::uint8_t*>(pc));
         instrlist_append(list, instruction);
+        // Up to the store-exclusive the rest follows, branches or not.
+        if (is_load_exclusive(instruction->word)) {
+            const auto* const code = reinterpret_cast<const a64::word*>(pc);
+            const std::size_t words = find_exclusive_region(code, (limit - pc) / 4).words;
+            for (std::size_t n = 1; n < words; ++n, pc += 4)
+                instrlist_append(list, instruction_from_application(reinterpret_cast<std::uint8_t*>(pc + 4)));
+            if (words)
+                return pc + 4;
+        }
         pc += 4;
         if (a64::ends_block(a64::classify(instruction->word)))
             break;
@@ -61,6 +71,18 @@ bool emit_application(code_cache& cache, a64::word instruction, std::uint64_t pc
     }
 }
 
+// Emits the stretch from the load-exclusive to its store, if it has to be emitted as a whole.
+bool emit_exclusives(code_cache& cache, const _instr_t* load) {
+    a64::word code[exclusive_region_limit];
+    std::size_t count = 0;
+    for (const _instr_t* next = load; next && next->raw && count < exclusive_region_limit; next = next->next)
+        code[count++] = next->word;
+    const exclusive_region region = find_exclusive_region(code, count);
+    if (region.words)
+        emit_exclusive_region(cache, region, code, reinterpret_cast<std::uint64_t>(load->raw));
+    return region.words != 0;
+}
+
 // The application instruction that an instruction is, or that it is inserted in place of or ahead of.
 const std::uint8_t* application_instruction(const _instr_t* instruction) {
     return instruction->raw ? instruction->raw : instruction->replaced;
@@ -92,9 +114,12 @@ bool emit_one(code_cache& cache, const _instr_t*& instruction) {
 void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start, std::uint64_t end) {
     begin_fragment(cache.map, cache.out.cursor, start);
     const _instr_t* instruction = list->first;
-    while (instruction)
+    while (instruction) {
+        if (instruction->raw && is_load_exclusive(instruction->word) && emit_exclusives(cache, instruction))
+            return;
         if (emit_one(cache, instruction))
             return;
+    }
     emit_direct_exit(cache, end);
 }
 

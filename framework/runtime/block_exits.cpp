@@ -127,6 +127,17 @@ constexpr std::size_t landing_words = 2;
 constexpr std::size_t stub_words = 4 + literal_words;
 constexpr std::size_t miss_words = 6 + literal_words;
 
+std::size_t side_exit_words(const side_exit& exit) { return exit.code.size() + 1 + stub_words; }
+
+// The exit's stub is still to be placed afterwards.
+void place_side_exit(code_cache& cache, const side_exit& exit) {
+    emitter& out = cache.out;
+    *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
+    for (const word instruction : exit.code)
+        out.put(instruction);
+    emit_linkable(cache, b(0), exit.target, false);
+}
+
 void place_exit_stub(emitter& out, exit_record& exit) {
     exit.stub = out.cursor;
     *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
@@ -150,6 +161,11 @@ void place_miss(emitter& out, const look_up_miss& miss) {
 void emit_landing(emitter& out) { out.put(ldp_x(first, second, context_register, hand_over_slot)); }
 
 void emit_direct_exit(code_cache& cache, std::uint64_t target) { emit_linkable(cache, b(0), target, false); }
+
+void emit_side_exit(code_cache& cache, word transfer, std::uint64_t target, std::vector<word> code) {
+    cache.unplaced_side_exits.push_back({cache.out.cursor, target, std::move(code)});
+    cache.out.put(transfer);
+}
 
 void emit_dispatcher_exit(code_cache& cache, exit_kind kind, std::uint64_t target, unsigned detail) {
     exit_record* const exit = new_exit(cache, kind, target);
@@ -194,9 +210,10 @@ void emit_transfer(code_cache& cache, word instruction, kind k, std::uint64_t pc
 
 a64::word* place_cold_code(code_cache& cache, const block& block) {
     emitter& out = cache.out;
-    const std::size_t words = landing_words + cache.unplaced_stubs.size() * stub_words +
-                              cache.unplaced_misses.size() * miss_words +
-                              out.literals.size() * literal_words + 1;
+    std::size_t words = landing_words + cache.unplaced_stubs.size() * stub_words +
+                        cache.unplaced_misses.size() * miss_words + out.literals.size() * literal_words + 1;
+    for (const side_exit& exit : cache.unplaced_side_exits)
+        words += side_exit_words(exit);
     word* const start = take_cold_words(cache, words);
     word* const code_end = std::exchange(out.cursor, start);
     word* landing = block.landing;
@@ -205,6 +222,8 @@ a64::word* place_cold_code(code_cache& cache, const block& block) {
         emit_landing(out);
         out.put(b((block.entry - out.cursor) * 4));
     }
+    for (const side_exit& exit : cache.unplaced_side_exits)
+        place_side_exit(cache, exit);
     for (exit_record* exit : cache.unplaced_stubs)
         place_exit_stub(out, *exit);
     for (const look_up_miss& miss : cache.unplaced_misses)
@@ -214,6 +233,7 @@ a64::word* place_cold_code(code_cache& cache, const block& block) {
     __builtin___clear_cache(reinterpret_cast<char*>(start), reinterpret_cast<char*>(out.cursor));
     cache.unplaced_stubs.clear();
     cache.unplaced_misses.clear();
+    cache.unplaced_side_exits.clear();
     out.cursor = code_end;
     return landing;
 }

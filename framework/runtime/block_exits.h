@@ -14,6 +14,10 @@ void emit_landing(emitter& out);
 // Ends the block with a jump to that application address.
 void emit_direct_exit(code_cache& cache, std::uint64_t target);
 
+// Emits a transfer, conditional or B, to that application address from the middle of the block. The code is
+// run on the way.
+void emit_side_exit(code_cache& cache, a64::word transfer, std::uint64_t target, std::vector<a64::word> code);
+
 // Leaves the cache for the dispatcher to do what the kind says, then goes on at `target`.
 void emit_dispatcher_exit(code_cache& cache, exit_kind kind, std::uint64_t target, unsigned detail);
 

@@ -39,6 +39,14 @@ struct look_up_miss {
     std::uint64_t return_address;
 };
 
+// A transfer out of the middle of a block. The code, which gives borrowed registers back, comes before the
+// exit.
+struct side_exit {
+    a64::word* branch;
+    std::uint64_t target;
+    std::vector<a64::word> code;
+};
+
 // Where a block is entered: with the application's registers in place, or by its landing with the hand-over
 // registers saved.
 struct block {
@@ -62,6 +70,7 @@ struct code_cache {
     // What the block under construction still needs beside its code.
     std::vector<exit_record*> unplaced_stubs;
     std::vector<look_up_miss> unplaced_misses;
+    std::vector<side_exit> unplaced_side_exits;
 
     std::unordered_map<std::uint64_t, block> blocks; // by application address
     std::deque<exit_record> exits;

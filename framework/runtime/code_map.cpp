@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc) {
+void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc, registers_in_place in_place) {
     const auto first = static_cast<std::uint32_t>(map.extents.size());
     // A block that is only a branch may have been built over.
     assert(map.fragments.empty() || map.fragments.back().start <= start);
-    map.fragments.push_back({start, pc, first, 0});
+    map.fragments.push_back({start, pc, first, 0, in_place});
 }
 
 void add_instruction(code_map& map, const a64::word* start, const a64::word* end, const a64::word* effect,
@@ -31,7 +31,13 @@ std::optional<code_place> find_place(const code_map& map, const a64::word* where
         const a64::word* const end = start + extent.words;
         const std::uint64_t pc = fragment.pc + 4 * n;
         if (where < end)
-            return code_place{start, end, start + extent.effect, extent.indivisible != 0, pc, pc + 4};
+            return code_place{start,
+                              end,
+                              start + extent.effect,
+                              extent.indivisible != 0,
+                              pc,
+                              pc + 4,
+                              n > 0 ? fragment.in_place : none_in_place};
         start = end;
     }
     return std::nullopt;

@@ -17,13 +17,22 @@
 
 #include "framework/aarch64/encode.h"
 
+// Registers that hold what the context otherwise holds for the application, over more than one instruction;
+// their own values stand in the slots of `exclusives.h`. The zero register if there is none.
+struct registers_in_place {
+    std::uint8_t stolen;
+    std::uint8_t thread_pointer;
+};
+inline constexpr registers_in_place none_in_place{a64::zero_register, a64::zero_register};
+
 struct code_place {
     const a64::word* start; // of the instruction's code
     const a64::word* end;   // where the code of the next one starts, or a branch to it
     const a64::word* effect;
     bool indivisible; // code of a client, which runs to its end
     std::uint64_t pc;
-    std::uint64_t next_pc; // of the instruction behind it; for a transfer meaningless
+    std::uint64_t next_pc;       // of the instruction behind it; for a transfer meaningless
+    registers_in_place in_place; // up to the effect
 };
 
 struct code_map {
@@ -38,13 +47,15 @@ struct code_map {
         std::uint64_t pc;
         std::uint32_t first_extent;
         std::uint32_t extents;
+        registers_in_place in_place; // from the second instruction on
     };
     std::vector<fragment> fragments; // by start
     std::vector<extent> extents;
 };
 
 // Starts a fragment behind all others, which the instructions that are added from now on belong to.
-void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc);
+void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc,
+                    registers_in_place in_place = none_in_place);
 
 // Adds the next instruction, whose code is [start, end). An effect of null is its first word.
 void add_instruction(code_map& map, const a64::word* start, const a64::word* end, const a64::word* effect,

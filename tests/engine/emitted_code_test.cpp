@@ -1,0 +1,156 @@
+// Reads the code that the engine emits for stretches from a load-exclusive to its store-exclusive: on the way
+// from one to the other, it accesses no memory but what the application does.
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+
+#include "framework/aarch64/classify.h"
+#include "framework/runtime/block_builder.h"
+#include "framework/runtime/code_cache.h"
+#include "framework/runtime/exclusives.h"
+#include "framework/runtime/executable_ranges.h"
+
+// Each stretch begins at its name with a load-exclusive. None of this is run here.
+asm(R"(
+    .pushsection .text
+plain_exclusives:
+    ldxr x0, [x1]
+    add x0, x0, #1
+    stxr w2, x0, [x1]
+    cbnz w2, plain_exclusives
+    ret
+compare_and_swap_at_x28:
+    ldaxr x0, [x28]
+    cmp x0, x2
+    b.ne 1f
+    stlxr w3, x4, [x28]
+    cbnz w3, compare_and_swap_at_x28
+1:  ret
+update_of_x28:
+    ldxr x28, [x1]
+    tbz x28, #3, 1f
+    cbz w28, 1f
+    add x28, x28, #1
+    stxr w2, x28, [x1]
+    cbnz w2, update_of_x28
+1:  ret
+pair_with_status_in_x28:
+    ldaxp x0, x3, [x1]
+    ccmp x0, x4, #0, eq
+    b.ne 1f
+    stlxp w28, x5, x6, [x1]
+    cbnz w28, pair_with_status_in_x28
+1:  ret
+branches_within:
+    ldxrh w0, [x28]
+    cbz w0, 1f
+    add w0, w0, #1
+    b 2f
+1:  sub w0, w0, #1
+2:  stxrh w3, w0, [x28]
+    cbnz w3, branches_within
+    ret
+own_addresses:
+    ldxr x0, [x1]
+    adr x2, own_addresses
+    adrp x28, etext
+    mrs x3, tpidr_el0
+    stxr w4, x28, [x1]
+    cbnz w4, own_addresses
+    ret
+literals_between:
+    ldxr x0, [x1]
+    ldr x2, 1f
+    ldrsw x28, 1f
+    stxr w4, x2, [x1]
+    cbnz w4, literals_between
+    ret
+1:  .quad 0
+    .popsection
+)");
+extern "C" const a64::word plain_exclusives[], compare_and_swap_at_x28[], update_of_x28[],
+    pair_with_status_in_x28[], branches_within[], own_addresses[], literals_between[];
+extern "C" const char __executable_start[], etext[];
+
+namespace {
+
+using a64::word;
+
+constexpr bool accesses_memory(word instruction) { return (instruction & 0x0A000000) == 0x08000000; }
+constexpr bool is_store_exclusive(word instruction) {
+    return (instruction & 0x3FE00000) == 0x08000000 || (instruction & 0xBFE00000) == 0x88200000;
+}
+
+// The most accesses on a way from `place`, behind the load, to a store; -1 if no way leads to one. Indirect
+// branches, those to the dispatcher among them, end a way.
+int most_accesses(const word* place, std::map<const word*, int>& known) {
+    if (const auto found = known.find(place); found != known.end())
+        return found->second;
+    known[place] = -1; // for a way that comes back here
+    const a64::kind k = a64::classify(*place);
+    const auto* const target =
+        reinterpret_cast<const word*>(a64::named_address(*place, k, reinterpret_cast<std::uint64_t>(place)));
+    int most = -1;
+    if (is_store_exclusive(*place))
+        return known[place] = 0;
+    if (k == a64::kind::branch)
+        most = most_accesses(target, known);
+    else if (a64::is_conditional(k))
+        most = std::max(most_accesses(place + 1, known), most_accesses(target, known));
+    else if (!a64::ends_block(k) && *place != a64::undefined)
+        most = most_accesses(place + 1, known);
+    if (most >= 0 && accesses_memory(*place))
+        ++most;
+    return known[place] = most;
+}
+
+struct stretch {
+    const char* name;
+    const word* code;
+    int own_accesses; // of the application, between load and store
+};
+void PrintTo(const stretch& value, std::ostream* out) { *out << value.name; }
+
+class Exclusives : public testing::TestWithParam<stretch> {};
+
+TEST_P(Exclusives, NoAccessBetween) {
+    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
+                         reinterpret_cast<std::uint64_t>(etext));
+    thread_context* const context = create_thread_context();
+    code_cache& cache = *create_code_cache(context, 0, 1 << 16);
+    // The block, and what follows it, linked as they are when they have been run.
+    context->pc = reinterpret_cast<std::uint64_t>(GetParam().code);
+    const word* load = build_block(context, nullptr)->entry;
+    const std::uint64_t end = context->pc + 16 * sizeof(word);
+    for (std::size_t n = 0; n < cache.exits.size(); ++n) {
+        exit_record& exit = cache.exits[n];
+        if (exit.kind != exit_kind::direct || exit.linked || exit.target - context->pc >= end - context->pc)
+            continue;
+        if (const block* const target = find_block(cache, exit.target)) {
+            link_exit(exit, *target);
+            continue;
+        }
+        const std::uint64_t start = std::exchange(context->pc, exit.target);
+        build_block(context, &exit);
+        context->pc = start;
+    }
+    while (!is_load_exclusive(*load))
+        ++load;
+    std::map<const word*, int> known;
+    EXPECT_EQ(most_accesses(load + 1, known), GetParam().own_accesses);
+    destroy_thread_context(context);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stretches, Exclusives,
+                         testing::Values(stretch{"plain", plain_exclusives, 0},
+                                         stretch{"compare_and_swap_at_x28", compare_and_swap_at_x28, 0},
+                                         stretch{"update_of_x28", update_of_x28, 0},
+                                         stretch{"pair_with_status_in_x28", pair_with_status_in_x28, 0},
+                                         stretch{"branches_within", branches_within, 0},
+                                         stretch{"own_addresses", own_addresses, 0},
+                                         stretch{"literals_between", literals_between, 2}),
+                         [](const testing::TestParamInfo<stretch>& info) {
+                             return std::string(info.param.name);
+                         });
+
+} // namespace
