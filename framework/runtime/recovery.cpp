@@ -1,5 +1,7 @@
 #include "framework/runtime/recovery.h"
 
+#include <cstring>
+
 #include "framework/aarch64/classify.h"
 
 namespace {
@@ -67,8 +69,8 @@ void undo(const code_cache& cache, const code_place& place, interrupted_machine&
     }
 }
 
-// Carries out one of the words that may stand behind an effect, or of a landing, or a jump of a stub. False
-// if the word is none of them.
+// Carries out one of the words that may stand behind an effect, or of a landing or stub. False if the word is
+// none of them.
 bool step(const code_cache& cache, interrupted_machine& machine) {
     const word instruction = *reinterpret_cast<const word*>(machine.pc);
     context_access access;
@@ -82,6 +84,10 @@ bool step(const code_cache& cache, interrupted_machine& machine) {
     }
     if (decode_context_access(instruction, access))
         carry_out(cache, access, machine.x);
+    else if ((instruction & 0xFF000000) == ldr_literal_x(0, 0))
+        std::memcpy(&machine.x[rd(instruction)],
+                    reinterpret_cast<const void*>(named_address(instruction, kind::load_literal, machine.pc)),
+                    sizeof *machine.x);
     else if ((instruction & 0xFFE0FFE0) == move_x(0, 0))
         machine.x[rd(instruction)] = machine.x[(instruction >> 16) & 31];
     else
@@ -90,10 +96,32 @@ bool step(const code_cache& cache, interrupted_machine& machine) {
     return true;
 }
 
-// In a stub, only what leads to another block is carried out: all else comes to the dispatcher.
-bool leads_to_block(word instruction) {
-    return classify(instruction) == kind::branch ||
-           instruction == ldp_x(hand_over_register, hand_over_register_2, stolen_register, hand_over_slot);
+constexpr word landing = ldp_x(hand_over_register, hand_over_register_2, stolen_register, hand_over_slot);
+
+// The application address of the block with that landing.
+std::optional<std::uint64_t> block_of_landing(const code_cache& cache, const word* place) {
+    if (*place++ != landing)
+        return std::nullopt;
+    if (classify(*place) == kind::branch && !find_place(cache.map, place))
+        place = reinterpret_cast<const word*>(
+            named_address(*place, kind::branch, reinterpret_cast<std::uint64_t>(place)));
+    const std::optional<code_place> entry = find_place(cache.map, place);
+    return entry && entry->start == place ? std::optional(entry->pc) : std::nullopt;
+}
+
+// A stub whose next word can't be carried out here comes to the dispatcher, or jumps to a landing.
+recovery run_stub(const code_cache& cache, const word* here) {
+    constexpr unsigned longest = 16;
+    for (unsigned n = 0; n < longest && classify(here[n]) != kind::branch_register; ++n) {
+        if (classify(here[n]) != kind::branch)
+            continue;
+        const auto place = reinterpret_cast<std::uint64_t>(&here[n]);
+        const auto* const target = reinterpret_cast<const word*>(named_address(here[n], kind::branch, place));
+        if (const std::optional<std::uint64_t> pc = block_of_landing(cache, target))
+            return {recovery::outcome::running, *pc, const_cast<word*>(&here[n]), true};
+        break;
+    }
+    return {recovery::outcome::leaving, 0, nullptr, false};
 }
 
 } // namespace
@@ -102,20 +130,20 @@ recovery recover_state(const code_cache& cache, interrupted_machine& machine) {
     for (;;) {
         const auto* const here = reinterpret_cast<const word*>(machine.pc);
         if (here < cache.start || here >= cache.limit)
-            return {recovery::outcome::leaving, 0, nullptr};
+            return {recovery::outcome::leaving, 0, nullptr, false};
         const std::optional<code_place> place = find_place(cache.map, here);
         if (!place) {
-            if (!leads_to_block(*here) || !step(cache, machine))
-                return {recovery::outcome::leaving, 0, nullptr};
+            if (!step(cache, machine))
+                return run_stub(cache, here);
             continue;
         }
         if (here == place->start)
-            return {recovery::outcome::complete, place->pc, nullptr};
+            return {recovery::outcome::complete, place->pc, nullptr, false};
         if (!place->indivisible && here <= place->effect) {
             undo(cache, *place, machine);
-            return {recovery::outcome::complete, place->pc, nullptr};
+            return {recovery::outcome::complete, place->pc, nullptr, false};
         }
         if (place->indivisible || !step(cache, machine))
-            return {recovery::outcome::running, place->next_pc, const_cast<word*>(place->end)};
+            return {recovery::outcome::running, place->next_pc, const_cast<word*>(place->end), false};
     }
 }

@@ -78,16 +78,17 @@ bool is_in_translated_code(const code_cache& cache, std::uint64_t pc) {
                      reinterpret_cast<std::uint64_t>(cache.limit));
 }
 
-// Makes the client's code that returns to that place of the cache leave for the dispatcher at its end.
-void leave_at(thread_context* context, a64::word* end, std::uint64_t pc) {
+// Makes the code that comes to that place of the cache leave for the dispatcher there.
+void leave_at(thread_context* context, a64::word* end, std::uint64_t pc, bool hand_over_saved) {
     thread_signals& signals = context->signals;
     if (signals.patched == end)
         return;
     assert(!signals.patched);
     signals.patched = end;
     signals.patched_word = *end;
-    const auto target = static_cast<std::int64_t>(context->cache->gate.interrupted_entry);
-    *end = a64::b(target - reinterpret_cast<std::int64_t>(end));
+    const gates& gate = context->cache->gate;
+    const std::uint64_t target = hand_over_saved ? gate.refusing_landing : gate.interrupted_entry;
+    *end = a64::b(static_cast<std::int64_t>(target - reinterpret_cast<std::uint64_t>(end)));
     __builtin___clear_cache(reinterpret_cast<char*>(end), reinterpret_cast<char*>(end + 1));
     context->pc = pc;
 }
@@ -96,7 +97,7 @@ void leave_behind_call(thread_context* context, std::uint64_t return_address) {
     const auto* const where = reinterpret_cast<const a64::word*>(return_address);
     const std::optional<code_place> place = find_place(context->cache->map, where);
     assert(place && place->indivisible);
-    leave_at(context, const_cast<a64::word*>(place->end), place->next_pc);
+    leave_at(context, const_cast<a64::word*>(place->end), place->next_pc, false);
 }
 
 // Makes the machine leave the cache with the application's state that it holds.
@@ -104,6 +105,7 @@ void leave_now(thread_context* context, mcontext_t& machine, std::uint64_t appli
     context->scratch[0] = machine.regs[hand_over_register];
     context->scratch[1] = machine.regs[hand_over_register_2];
     context->pc = application_pc;
+    machine.regs[a64::stolen_register] = reinterpret_cast<std::uint64_t>(context);
     machine.pc = context->cache->gate.refusing_landing;
 }
 
@@ -121,7 +123,7 @@ void leave_translated_code(thread_context* context, mcontext_t& machine) {
         leave_now(context, machine, found.pc);
         return;
     case recovery::outcome::running:
-        leave_at(context, found.end, found.pc);
+        leave_at(context, found.end, found.pc, found.hand_over_saved);
         return;
     case recovery::outcome::leaving:
         return;
