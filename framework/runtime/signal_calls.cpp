@@ -15,7 +15,8 @@ constexpr std::uint64_t error(int number) { return -static_cast<std::uint64_t>(n
 constexpr std::uint64_t mask_bytes = sizeof(std::uint64_t);
 
 // rt_sigaction(signal, action, old action, bytes of a mask)
-std::uint64_t change_action(const std::uint64_t* x) {
+std::uint64_t change_action(thread_context* context) {
+    const std::uint64_t* const x = context->x;
     const std::uint64_t signal = x[0], new_address = x[1], old_address = x[2];
     if (x[3] != mask_bytes || signal < 1 || signal > 64)
         return error(EINVAL);
@@ -27,13 +28,13 @@ std::uint64_t change_action(const std::uint64_t* x) {
     signal_action old;
     {
         const std::lock_guard lock(process_mutex);
-        old = application_action(static_cast<unsigned>(signal));
+        old = application_action(context, static_cast<unsigned>(signal));
         if (new_address)
-            set_application_action(static_cast<unsigned>(signal), action);
+            set_application_action(context, static_cast<unsigned>(signal), action);
     }
     return old_address && !write_application(old_address, old) ? error(EFAULT) : 0;
 }
-void handle_sigaction(thread_context* context) { context->x[0] = change_action(context->x); }
+void handle_sigaction(thread_context* context) { context->x[0] = change_action(context); }
 
 // rt_sigprocmask(how, set, old set, bytes of a mask)
 std::uint64_t change_mask(thread_context* context) {

@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr unsigned signals_end = 65;
+constexpr unsigned signals_end = sizeof(signal_actions::entry) / sizeof(signal_action_entry);
 
 constexpr std::uint64_t bit_of(unsigned signal) { return std::uint64_t{1} << (signal - 1); }
 
@@ -29,11 +29,6 @@ constexpr std::uint64_t bit_of(unsigned signal) { return std::uint64_t{1} << (si
 constexpr unsigned protected_signals[] = {SIGBUS, SIGSEGV, stop_signal};
 constexpr std::uint64_t protected_mask = bit_of(SIGBUS) | bit_of(SIGSEGV) | bit_of(stop_signal);
 
-struct action_entry {
-    signal_action action;
-    bool known; // otherwise it is what the kernel has
-};
-action_entry actions[signals_end]; // under the lock of the process
 signal_action client_fault_action[signals_end];
 std::uint64_t trampoline;
 
@@ -64,8 +59,9 @@ void take_signal(unsigned signal, std::uint64_t application_flags) {
     set_kernel_action(signal, &action);
 }
 
-std::uint64_t handler_now(unsigned signal) {
-    return std::atomic_ref(actions[signal].action.handler).load(std::memory_order_relaxed);
+std::uint64_t handler_now(const thread_context* context, unsigned signal) {
+    signal_action& action = context->signals.actions->entry[signal].action;
+    return std::atomic_ref(action.handler).load(std::memory_order_relaxed);
 }
 
 // The places where a handler may find a thread.
@@ -183,9 +179,10 @@ void pass_to_client(int number, siginfo_t* information, void* machine) {
 // A fault of an application instruction that the application handles. False if it is none.
 bool take_application_fault(thread_context* context, siginfo_t information, ucontext_t& machine) {
     const auto number = static_cast<unsigned>(information.si_signo);
-    const std::uint64_t handler = handler_now(number);
-    if (!context || !is_in_translated_code(*context->cache, machine.uc_mcontext.pc) ||
-        handler == default_handler || handler == ignoring_handler || context->signals.mask & bit_of(number))
+    if (!context || !is_in_translated_code(*context->cache, machine.uc_mcontext.pc))
+        return false;
+    const std::uint64_t handler = handler_now(context, number);
+    if (handler == default_handler || handler == ignoring_handler || context->signals.mask & bit_of(number))
         return false;
     mcontext_t& registers = machine.uc_mcontext;
     interrupted_machine interrupted{registers_of(registers), registers.pc};
@@ -240,7 +237,7 @@ void handle_signal(int number, siginfo_t* information, void* machine_context) {
         // Only an interruption of a thread that is about to end: all others are blocked.
     } else if (signal == stop_signal && (stop_if_process_ends(context, machine.uc_mcontext.pc) ||
                                          take_interruption(context, machine.uc_mcontext))) {
-    } else if ((signal == SIGSEGV || signal == SIGBUS) && handler_now(signal) == default_handler) {
+    } else if ((signal == SIGSEGV || signal == SIGBUS) && handler_now(context, signal) == default_handler) {
         pass_to_client(number, information, machine_context);
     } else if (bit_of(signal) & protected_mask &&
                (context->signals.mask & bit_of(signal) || context->signals.pending.load())) {
@@ -273,11 +270,12 @@ void take_held_signal(thread_signals& signals) {
 }
 
 // The action that a delivery takes, which may be its last.
-signal_action take_action(unsigned signal) {
+signal_action take_action(thread_context* context, unsigned signal) {
     const std::lock_guard lock(process_mutex);
-    const signal_action action = application_action(signal);
+    const signal_action action = application_action(context, signal);
     if (has_handler(action) && action.flags & SA_RESETHAND)
-        set_application_action(signal, {default_handler, action.flags, action.restorer, action.mask});
+        set_application_action(context, signal,
+                               {default_handler, action.flags, action.restorer, action.mask});
     return action;
 }
 
@@ -298,7 +296,7 @@ void deliver(thread_context* context) {
     thread_signals& signals = context->signals;
     const unsigned signal = signals.pending.load();
     const siginfo_t information = signals.information;
-    const signal_action action = take_action(signal);
+    const signal_action action = take_action(context, signal);
     const std::uint64_t saved_mask = signals.mask;
     bool framed = true;
     if (has_handler(action)) {
@@ -338,11 +336,13 @@ std::uint64_t map_trampoline() {
 
 } // namespace
 
+signal_actions process_signal_actions; // under the lock of the process
+
 void start_signals() {
     for (const unsigned signal : protected_signals) {
         set_kernel_action(signal, nullptr, &client_fault_action[signal]);
         take_signal(signal, SA_RESTART);
-        actions[signal].known = true;
+        process_signal_actions.entry[signal].known = true;
     }
     trampoline = map_trampoline();
 }
@@ -380,7 +380,7 @@ void raise_fault(thread_context* context, int signal, int code, std::uint64_t at
     information.si_signo = signal;
     information.si_code = code;
     information.si_addr = reinterpret_cast<void*>(at);
-    const std::uint64_t handler = handler_now(number);
+    const std::uint64_t handler = handler_now(context, number);
     if (handler == default_handler || handler == ignoring_handler || signals.mask & bit_of(number))
         die_of_signal(signal);
     block_all_signals();
@@ -412,11 +412,44 @@ void forget_signals_of_parent(thread_context* context) {
     context->signals.pending.store(0);
     context->signals.held.store(0);
     context->signals.interruptions.store(0);
+    if (context->signals.actions != &process_signal_actions) {
+        process_signal_actions = *context->signals.actions;
+        context->signals.actions = &process_signal_actions;
+    }
     set_kernel_mask(context->signals.mask & ~protected_mask);
 }
 
-signal_action application_action(unsigned signal) {
-    action_entry& entry = actions[signal];
+lent_signals::lent_signals(thread_context* lent)
+    : context(lent), actions(lent->signals.actions), information(lent->signals.information),
+      running_mask(lent->signals.running_mask), mask(lent->signals.mask), held(lent->signals.held.load()),
+      pending(lent->signals.pending.load()), interruptions(lent->signals.interruptions.load()),
+      alternate(lent->signals.alternate) {
+    std::memcpy(held_information, context->signals.held_information, sizeof held_information);
+    {
+        const std::lock_guard lock(process_mutex);
+        childs_actions = *actions;
+    }
+    context->signals.actions = &childs_actions;
+    context->signals.pending.store(0);
+    context->signals.held.store(0);
+    context->signals.interruptions.store(0);
+}
+
+lent_signals::~lent_signals() {
+    thread_signals& signals = context->signals;
+    signals.actions = actions;
+    signals.information = information;
+    std::memcpy(signals.held_information, held_information, sizeof held_information);
+    signals.running_mask = running_mask;
+    signals.mask = mask;
+    signals.held.store(held);
+    signals.pending.store(pending);
+    signals.interruptions.store(interruptions);
+    signals.alternate = alternate;
+}
+
+signal_action application_action(thread_context* context, unsigned signal) {
+    signal_action_entry& entry = context->signals.actions->entry[signal];
     if (!entry.known) {
         set_kernel_action(signal, nullptr, &entry.action);
         entry.known = true;
@@ -424,8 +457,8 @@ signal_action application_action(unsigned signal) {
     return entry.action;
 }
 
-void set_application_action(unsigned signal, const signal_action& action) {
-    action_entry& entry = actions[signal];
+void set_application_action(thread_context* context, unsigned signal, const signal_action& action) {
+    signal_action_entry& entry = context->signals.actions->entry[signal];
     entry.known = true;
     entry.action.flags = action.flags;
     entry.action.restorer = action.restorer;

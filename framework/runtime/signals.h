@@ -38,6 +38,38 @@ void restore_patched_word(thread_context* context);
 // In a child made by fork: no signal is pending.
 void forget_signals_of_parent(thread_context* context);
 
-// The application's action for a signal from 1 to 64, and its change. The lock of the process must be held.
-signal_action application_action(unsigned signal);
-void set_application_action(unsigned signal, const signal_action& action);
+// The application's actions of a process: those of the kernel as far as the engine has not been asked for
+// another one.
+struct signal_action_entry {
+    signal_action action;
+    bool known; // otherwise it is what the kernel has
+};
+struct signal_actions {
+    signal_action_entry entry[65]; // by number
+};
+
+// What the child that borrows a thread's context must find new, and the parent as it was. While it exists,
+// the context has a copy of the actions and no signal that has arrived. All signals are blocked when it is
+// made and when it ends.
+class lent_signals {
+public:
+    explicit lent_signals(thread_context* lent);
+    ~lent_signals();
+    lent_signals(const lent_signals&) = delete;
+    lent_signals& operator=(const lent_signals&) = delete;
+
+private:
+    thread_context* context;
+    signal_actions childs_actions;
+    signal_actions* actions;
+    siginfo_t information;
+    siginfo_t held_information[3];
+    std::uint64_t running_mask, mask, held;
+    std::uint32_t pending, interruptions;
+    stack_t alternate;
+};
+
+// The action for a signal from 1 to 64 in the context's process, and its change. The lock of the process must
+// be held.
+signal_action application_action(thread_context* context, unsigned signal);
+void set_application_action(thread_context* context, unsigned signal, const signal_action& action);

@@ -8,7 +8,13 @@
 // SS_AUTODISARM of the kernel: the stack is forgotten while a handler runs on it.
 inline constexpr int disarms_itself = INT32_MIN;
 
+// The application's actions, of a process as a whole; see signals.h.
+struct signal_actions;
+extern signal_actions process_signal_actions;
+
 struct thread_signals {
+    signal_actions* actions = &process_signal_actions;
+
     // The signal that has arrived and is to be delivered next, 0 if there is none. As long as it is set, the
     // kernel holds back all others but the protected ones.
     std::atomic<std::uint32_t> pending;
