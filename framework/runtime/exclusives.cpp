@@ -11,8 +11,6 @@ namespace {
 using namespace a64;
 
 constexpr unsigned context_register = stolen_register;
-constexpr std::int64_t stolen_slot = scratch_slot(2);
-constexpr std::int64_t thread_pointer_slot = scratch_slot(3);
 
 bool is_store_exclusive(word instruction) {
     return (instruction & 0x3FE00000) == 0x08000000 || (instruction & 0xBFE00000) == 0x88200000; // STXR, STXP

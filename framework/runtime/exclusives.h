@@ -14,6 +14,10 @@ struct exclusive_region {
     bool writes_stolen;
 };
 
+// Where the borrowed registers' own values stand meanwhile.
+inline constexpr std::int64_t stolen_slot = scratch_slot(2);
+inline constexpr std::int64_t thread_pointer_slot = scratch_slot(3);
+
 // The most words of such a stretch.
 inline constexpr unsigned exclusive_region_limit = 32;
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "framework/aarch64/classify.h"
+#include "framework/runtime/exclusives.h"
 
 namespace {
 
@@ -67,6 +68,16 @@ void undo(const code_cache& cache, const code_place& place, interrupted_machine&
         access.load = true;
         carry_out(cache, access, machine.x);
     }
+}
+
+// Takes back what stands in registers in place of the context.
+void undo_registers_in_place(const code_cache& cache, const registers_in_place& in_place, std::uint64_t* x) {
+    if (in_place.stolen != zero_register) {
+        cache.context->app_x28 = x[in_place.stolen];
+        x[in_place.stolen] = context_field(cache, stolen_slot);
+    }
+    if (in_place.thread_pointer != zero_register)
+        x[in_place.thread_pointer] = context_field(cache, thread_pointer_slot);
 }
 
 // Carries out one of the words that may stand behind an effect, or of a landing or stub. False if the word is
@@ -137,10 +148,9 @@ recovery recover_state(const code_cache& cache, interrupted_machine& machine) {
                 return run_stub(cache, here);
             continue;
         }
-        if (here == place->start)
-            return {recovery::outcome::complete, place->pc, nullptr, false};
-        if (!place->indivisible && here <= place->effect) {
+        if (here == place->start || (!place->indivisible && here <= place->effect)) {
             undo(cache, *place, machine);
+            undo_registers_in_place(cache, place->in_place, machine.x);
             return {recovery::outcome::complete, place->pc, nullptr, false};
         }
         if (place->indivisible || !step(cache, machine))

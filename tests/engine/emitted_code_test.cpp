@@ -9,6 +9,7 @@
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/exclusives.h"
 #include "framework/runtime/executable_ranges.h"
+#include "framework/runtime/recovery.h"
 
 // Each stretch begins at its name with a load-exclusive. None of this is run here.
 asm(R"(
@@ -111,16 +112,24 @@ struct stretch {
 };
 void PrintTo(const stretch& value, std::ostream* out) { *out << value.name; }
 
-class Exclusives : public testing::TestWithParam<stretch> {};
+class Exclusives : public testing::TestWithParam<stretch> {
+protected:
+    Exclusives() {
+        add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
+                             reinterpret_cast<std::uint64_t>(etext));
+        create_code_cache(context, 0, 1 << 16);
+        context->pc = reinterpret_cast<std::uint64_t>(GetParam().code);
+        first = build_block(context, nullptr);
+    }
+    ~Exclusives() override { destroy_thread_context(context); }
+
+    thread_context* const context = create_thread_context();
+    const block* first;
+};
 
 TEST_P(Exclusives, NoAccessBetween) {
-    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
-                         reinterpret_cast<std::uint64_t>(etext));
-    thread_context* const context = create_thread_context();
-    code_cache& cache = *create_code_cache(context, 0, 1 << 16);
-    // The block, and what follows it, linked as they are when they have been run.
-    context->pc = reinterpret_cast<std::uint64_t>(GetParam().code);
-    const word* load = build_block(context, nullptr)->entry;
+    // What follows the block is linked as it is when it has been run.
+    code_cache& cache = *context->cache;
     const std::uint64_t end = context->pc + 16 * sizeof(word);
     for (std::size_t n = 0; n < cache.exits.size(); ++n) {
         exit_record& exit = cache.exits[n];
@@ -134,11 +143,44 @@ TEST_P(Exclusives, NoAccessBetween) {
         build_block(context, &exit);
         context->pc = start;
     }
+    const word* load = first->entry;
     while (!is_load_exclusive(*load))
         ++load;
     std::map<const word*, int> known;
     EXPECT_EQ(most_accesses(load + 1, known), GetParam().own_accesses);
-    destroy_thread_context(context);
+}
+
+// Wherever a signal arrives in the block, the application's registers are found: here each register holds ten
+// times its number, but those that serve as X28 and the thread pointer.
+TEST_P(Exclusives, RegistersAreRecovered) {
+    code_cache& cache = *context->cache;
+    context->app_x28 = 280;
+    registers_in_place in_place = none_in_place;
+    for (const word* place = first->entry; place < cache.out.cursor; ++place)
+        if (const auto found = find_place(cache.map, place); found && found->in_place.stolen != 31)
+            in_place = found->in_place;
+    for (const word* place = first->entry; find_place(cache.map, place); ++place) {
+        const code_place found = *find_place(cache.map, place);
+        if (place > found.effect)
+            break;
+        std::uint64_t x[32];
+        for (unsigned n = 0; n < 32; ++n)
+            x[n] = 10 * n;
+        context->scratch[2] = 10 * in_place.stolen;
+        context->scratch[3] = 10 * in_place.thread_pointer;
+        // Behind the load both are in place. Before, only what has been saved is to be taken back.
+        if (found.start != first->entry) {
+            context->app_x28 = in_place.stolen == 31 ? 280 : 0;
+            x[in_place.stolen] = 280;
+            x[in_place.thread_pointer] = 0;
+        }
+        interrupted_machine machine{x, reinterpret_cast<std::uint64_t>(place)};
+        const recovery result = recover_state(cache, machine);
+        EXPECT_EQ(result.found, recovery::outcome::complete);
+        EXPECT_EQ(result.pc - reinterpret_cast<std::uint64_t>(GetParam().code), found.pc - context->pc);
+        for (unsigned n = 0; n < 31; ++n)
+            EXPECT_EQ(n == 28 ? context->app_x28 : x[n], 10 * n) << place - first->entry;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Stretches, Exclusives,
