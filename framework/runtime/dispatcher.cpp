@@ -69,8 +69,11 @@ bool enter(thread_context* context, const block& start, exit_record*& exit) {
     return free;
 }
 
-void run_blocks(void* argument) {
-    auto* const context = static_cast<thread_context*>(argument);
+void run_on_engine_stack(void* context) { run_application_here(static_cast<thread_context*>(context)); }
+
+} // namespace
+
+void run_application_here(thread_context* context) {
     exit_record* from = nullptr; // the exit by which the cache was left, if it can be linked
     bool indirect = false;       // it was left by an indirect branch
     while (!context->ended) {
@@ -98,8 +101,6 @@ void run_blocks(void* argument) {
     }
 }
 
-} // namespace
-
 void run_application(thread_context* context) {
-    context->cache->gate.call_on_stack(context, context->engine_stack_top, run_blocks);
+    context->cache->gate.call_on_stack(context, context->engine_stack_top, run_on_engine_stack);
 }

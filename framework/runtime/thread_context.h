@@ -54,6 +54,7 @@ struct thread_context {
     std::uint64_t clear_child_tid; // address to be cleared and woken at the thread's end, or 0
     std::uint64_t robust_list;     // address of the list's head, or 0
     bool ended;                    // the application's thread has made its last system call
+    bool borrowed;                 // by a child process that shares the memory, while the thread waits for it
 
     // Between threads.
     std::atomic<int> number;           // the thread's number in the kernel, 0 until it runs

@@ -186,8 +186,13 @@ void run_thread(thread_context* context) {
     raise_thread_init(context);
     start_thread_signals(context);
     run_application(context);
+    free_thread(context);
+}
+
+void free_thread(thread_context* context) {
     block_all_signals();
     const std::uint64_t robust_list = context->robust_list, clear_child_tid = context->clear_child_tid;
+    const auto number = static_cast<std::uint32_t>(context->number.load());
     set_signal_stack(nullptr, 0);
     set_current_drcontext(nullptr);
     destroy_thread_context(context);
@@ -196,6 +201,10 @@ void run_thread(thread_context* context) {
 }
 
 std::uint64_t start_thread(thread_context* parent, const thread_request& request) {
+    if (parent->borrowed)
+        die_with_message(status_unsupported,
+                         "threads of a process that shares memory with its parent (vfork) "
+                         "are not supported");
     thread_start start{create_context_for(parent, request), request, 0};
     if (!start.context)
         return -static_cast<std::uint64_t>(ENOMEM);
@@ -221,6 +230,8 @@ std::uint64_t start_thread(thread_context* parent, const thread_request& request
 }
 
 void end_thread(thread_context* context, int status) {
+    if (context->borrowed)
+        exit_process(status);
     raise_thread_exit(context);
     if (remove_thread(context)) {
         raise_process_exit();
@@ -230,6 +241,8 @@ void end_thread(thread_context* context, int status) {
 }
 
 void end_process(thread_context* context, int status) {
+    if (context->borrowed)
+        exit_process(status);
     if (process_ends.exchange(true))
         stop_for_good(context);
     stop_other_threads(context);

@@ -19,6 +19,9 @@ struct thread_request {
 // then frees the context and tells the application. Does not return if the process ends.
 void run_thread(thread_context* context);
 
+// What run_thread does at the end, for a thread that has run the application by other means.
+void free_thread(thread_context* context);
+
 // Starts a thread that goes on behind the system call under way in `parent`. Returns its number, or a negated
 // error number.
 std::uint64_t start_thread(thread_context* parent, const thread_request& request);
@@ -26,7 +29,8 @@ std::uint64_t start_thread(thread_context* parent, const thread_request& request
 // Ends the application's thread, so that run_thread returns, or the process if it is the last one.
 void end_thread(thread_context* context, int status);
 
-// Ends the process: stops the other threads, raises the client's events, and exits.
+// Ends the process: stops the other threads, raises the client's events, and exits. A process that has
+// borrowed its context, and the client's state with it, raises no events.
 [[noreturn]] void end_process(thread_context* context, int status);
 
 // If the process is about to end, stops the calling thread for good, provided that the address where it has

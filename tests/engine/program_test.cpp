@@ -110,6 +110,14 @@ TEST(MachineWithoutSVE, SignalHandlersKeepTheRegistersOfSVE) {
     EXPECT_EQ(result.output, "0 failed\n");
 }
 
+INSTANTIATE_TEST_SUITE_P(Children, SameAsDirectly,
+                         testing::Values(program_case{"children", {"vfork"}},
+                                         program_case{"children", {"vfork-fork"}},
+                                         program_case{"children", {"vfork-threads"}},
+                                         program_case{"children", {"spawn"}},
+                                         program_case{"children", {"tree"}}),
+                         name_of);
+
 // The counts of all threads add up: 40 threads with 1002 instructions each.
 TEST(MachineWithoutSVE, ThreadsHaveTheirOwnState) {
     const outcome result = run_translated("sve_threads", {});
@@ -184,25 +192,13 @@ TEST(Endings, FaultsAreAnnounced) {
     }
 }
 
-struct unsupported_case {
-    std::string program;
-    std::string way;
-    std::string reason;
-};
-
-class Unsupported : public testing::TestWithParam<unsupported_case> {};
-
-TEST_P(Unsupported, OneLineAndStatus125) {
-    const outcome result = run_translated(GetParam().program, {GetParam().way});
+TEST(Unsupported, OneLineAndStatus125) {
+    const outcome result = run_translated("children", {"shared"});
     EXPECT_EQ(result.status, 125);
-    EXPECT_EQ(result.errors, "ostrel: " + program_path(GetParam().program) + ": " + GetParam().reason + "\n");
+    EXPECT_EQ(result.errors, "ostrel: " + program_path("children") +
+                                 ": processes that share memory and run at the same time (clone with "
+                                 "CLONE_VM alone) are not supported\n");
     EXPECT_EQ(result.output.find("after"), std::string::npos);
 }
-
-INSTANTIATE_TEST_SUITE_P(Programs, Unsupported,
-                         testing::Values(unsupported_case{
-                             "endings", "spawn",
-                             "child processes that share memory (vfork, posix_spawn) are not supported "
-                             "yet"}));
 
 } // namespace

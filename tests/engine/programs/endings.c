@@ -1,7 +1,6 @@
 // Ends in the way that the argument says.
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -77,11 +76,6 @@ int main(int argc, char** argv) {
     }
     if (strcmp(way, "handler") == 0)
         signal(SIGUSR1, handler);
-    if (strcmp(way, "spawn") == 0) {
-        char* arguments[] = {"/bin/true", NULL};
-        pid_t child;
-        posix_spawn(&child, arguments[0], NULL, NULL, arguments, NULL);
-    }
     if (strcmp(way, "vector-length") == 0)
         return prctl(50, 16) == -1 && prctl(51) == -1 ? 8 : 9;
     if (strcmp(way, "fork") == 0) {
