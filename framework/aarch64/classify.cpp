@@ -20,14 +20,16 @@ constexpr row branch_group[] = {
     {0x7E000000, 0x36000000, kind::test_branch},     // TBZ, TBNZ
     {0xFFFFFC1F, 0xD61F0000, kind::branch_register}, // BR
     {0xFFFFFC1F, 0xD63F0000, kind::branch_link_register},
-    {0xFFFFFFE0, 0xD53BD040, kind::read_thread_pointer},  // MRS of TPIDR_EL0
-    {0xFFFFFFE0, 0xD51BD040, kind::write_thread_pointer}, // MSR of TPIDR_EL0
-    {0xFFFFFFE0, 0xD53B0020, kind::read_cache_type},      // MRS of CTR_EL0
-    {0xFFFFFFE0, 0xD50B7520, kind::invalidate_code},      // IC IVAU
-    {0xFF000000, 0xD5000000, kind::plain},                // other system instructions, hints and barriers
-    {0xFFE0001F, 0xD4000001, kind::system_call},          // SVC
-    {0xFFE0001F, 0xD4200000, kind::trap},                 // BRK
-    {0xFFE0001F, 0xD4400000, kind::trap},                 // HLT
+    {0xFFFFFFE0, 0xD53BD040, kind::read_thread_pointer},     // MRS of TPIDR_EL0
+    {0xFFFFFFE0, 0xD51BD040, kind::write_thread_pointer},    // MSR of TPIDR_EL0
+    {0xFFFFFFE0, 0xD53B0020, kind::read_cache_type},         // MRS of CTR_EL0
+    {0xFFFFFFE0, 0xD5380400, kind::read_processor_features}, // MRS of ID_AA64PFR0_EL1
+    {0xFFFFFFE0, 0xD5380480, kind::read_sve_features},       // MRS of ID_AA64ZFR0_EL1
+    {0xFFFFFFE0, 0xD50B7520, kind::invalidate_code},         // IC IVAU
+    {0xFF000000, 0xD5000000, kind::plain},                   // other system instructions, hints and barriers
+    {0xFFE0001F, 0xD4000001, kind::system_call},             // SVC
+    {0xFFE0001F, 0xD4200000, kind::trap},                    // BRK
+    {0xFFE0001F, 0xD4400000, kind::trap},                    // HLT
     {0xFFFFFBFF, 0xD65F0BFF, kind::authenticated_return},
     {0xFFFFF81F, 0xD61F081F, kind::authenticated_branch},      // BRAAZ, BRABZ
     {0xFFFFF81F, 0xD63F081F, kind::authenticated_branch_link}, // BLRAAZ, BLRABZ

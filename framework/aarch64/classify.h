@@ -17,6 +17,8 @@ enum class kind : std::uint8_t {
     read_thread_pointer,
     write_thread_pointer,
     read_cache_type,
+    read_processor_features,
+    read_sve_features,
     // Transfers with the target in the word. All but the first two are conditional.
     branch,
     branch_link,

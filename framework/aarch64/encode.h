@@ -101,6 +101,12 @@ constexpr word and_ones(unsigned rd, unsigned rn, unsigned low, unsigned count) 
            field(rd, 0, 5);
 }
 
+// ORR with one bit.
+constexpr word orr_bit(unsigned rd, unsigned rn, unsigned bit) {
+    assert(bit < 64);
+    return 0xB2400000u | field((64 - bit) % 64, 16, 6) | field(rn, 5, 5) | field(rd, 0, 5);
+}
+
 // SUB of two registers, the second shifted left in the second form.
 constexpr word sub_register(unsigned rd, unsigned rn, unsigned rm) {
     return 0xCB000000u | field(rm, 16, 5) | field(rn, 5, 5) | field(rd, 0, 5);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "framework/loader/program_image.h"
+#include "framework/runtime/announced_sve.h"
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/process_end.h"
 
@@ -15,15 +16,16 @@ constexpr std::uint64_t default_stack_bytes = 8 << 20;
 constexpr std::uint64_t least_stack_bytes = 256 << 10; // beside the arguments
 constexpr std::uint64_t guard_bytes = 1 << 20;
 
-// Bits of AT_HWCAP and AT_HWCAP2 that promise SVE or SME, which the program must not choose its code by: what
-// runs here is what a processor without them runs, but for the instructions that the client takes over.
+// Bits of AT_HWCAP and AT_HWCAP2 that promise SVE or SME, which the program must not choose its code by
+// unless the user says so: what runs here is what a processor without them runs, but for the instructions
+// that the client takes over.
 constexpr std::uint64_t bits(std::initializer_list<unsigned> numbers) {
     std::uint64_t result = 0;
     for (const unsigned number : numbers)
         result |= std::uint64_t{1} << number;
     return result;
 }
-constexpr std::uint64_t hidden_hwcap = bits({22}); // SVE
+constexpr std::uint64_t hwcap_sve = bits({22});
 constexpr std::uint64_t hidden_hwcap2 =
     bits({1, 2, 3, 4, 5, 6, 9, 10, 11, 12, 33, 36, 45}) | // SVE2 and extensions
     bits({23, 24, 25, 26, 27, 28, 29, 30, 37, 38, 39, 40, 41, 42, 57, 58, 59, 60, 61, 62}); // SME
@@ -96,7 +98,7 @@ std::vector<std::uint64_t> auxiliary_vector(const program_image& image, std::uin
             add(AT_RANDOM, strings.random);
             break;
         case AT_HWCAP:
-            add(AT_HWCAP, value & ~hidden_hwcap);
+            add(AT_HWCAP, (value & ~hwcap_sve) | (sve_is_announced ? hwcap_sve : 0));
             break;
         case AT_HWCAP2:
             add(AT_HWCAP2, value & ~hidden_hwcap2);

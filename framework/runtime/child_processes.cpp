@@ -71,7 +71,7 @@ public:
     explicit lent_context(thread_context* lent)
         : context(lent), signals(lent), robust_list(lent->robust_list),
           clear_child_tid(lent->clear_child_tid), engine_stack_top(lent->engine_stack_top),
-          borrowed(lent->borrowed) {
+          borrowed(lent->borrowed), vector_length_inherited(lent->vector_length_inherited) {
         copy_application_state(&registers, lent);
     }
     ~lent_context() {
@@ -80,6 +80,7 @@ public:
         context->clear_child_tid = clear_child_tid;
         context->engine_stack_top = engine_stack_top;
         context->borrowed = borrowed;
+        context->vector_length_inherited = vector_length_inherited;
         // The child may have ended anywhere.
         context->in_system_call.store(false);
         context->in_cache.store(false);
@@ -95,7 +96,7 @@ private:
     lent_signals signals;
     thread_context registers{};
     std::uint64_t robust_list, clear_child_tid, engine_stack_top;
-    bool borrowed;
+    bool borrowed, vector_length_inherited;
 };
 
 // A stack for the engine's code in the child: the parent's holds the frames that the parent comes back to.

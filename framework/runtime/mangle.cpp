@@ -1,12 +1,14 @@
 #include "framework/runtime/mangle.h"
 
 #include "framework/aarch64/general_registers.h"
+#include "framework/runtime/announced_sve.h"
 #include "framework/runtime/gates.h"
 
 namespace {
 
 using namespace a64;
 
+constexpr unsigned sve_field = 32; // lowest bit of the field of ID_AA64PFR0_EL1
 constexpr unsigned context_register = stolen_register;
 constexpr std::int64_t app_x28_offset = offsetof(thread_context, app_x28);
 constexpr std::int64_t thread_pointer_offset = offsetof(thread_context, app_tpidr);
@@ -230,6 +232,20 @@ void emit_application_instruction(emitter& out, word instruction, kind k, std::u
             if (destination != zero_register) // as a destination of AND it is the stack pointer
                 out.put_effect(and_ones(destination, destination, 30, 63));
         });
+        return;
+    case kind::read_processor_features:
+        emit_to_destination(out, rd(instruction), [&](unsigned destination) {
+            out.put((instruction & ~word{31}) | destination);
+            if (destination == zero_register)
+                return;
+            out.put(and_ones(destination, destination, sve_field + 4, 60));
+            if (sve_is_announced)
+                out.put(orr_bit(destination, destination, sve_field));
+        });
+        return;
+    case kind::read_sve_features: // SVE as it was first, or none
+        emit_to_destination(out, rd(instruction),
+                            [&](unsigned destination) { out.load_constant(destination, 0); });
         return;
     case kind::unknown_branch:
         out.put(undefined); // running it from the cache could leave the cache

@@ -5,6 +5,7 @@
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
+#include "framework/runtime/announced_sve.h"
 #include "framework/runtime/child_processes.h"
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/raw_system_call.h"
@@ -45,13 +46,42 @@ void handle_set_robust_list(thread_context* context) {
         context->robust_list = head;
 }
 
-// The program is told that there is no SVE whose vector length it could choose.
+// Of the lengths that the kernel would accept, those below the one there is cannot be had, and a program that
+// asks for one must not go on with longer vectors. Anything longer is cut down to it, as by the kernel.
+constexpr std::uint64_t vector_length_mask = 0xFFFF;
+constexpr std::uint64_t length_on_exec = 1 << 18, length_inherited = 1 << 17;
+
+std::uint64_t vector_length(const thread_context* context) {
+    return announced_vector_bytes | (context->vector_length_inherited ? length_inherited : 0);
+}
+
+std::uint64_t set_vector_length(thread_context* context, std::uint64_t argument) {
+    const std::uint64_t length = argument & vector_length_mask;
+    const std::uint64_t flags = argument & ~vector_length_mask;
+    if (flags & ~(length_on_exec | length_inherited) || length % 16 != 0 || length < announced_vector_bytes ||
+        length > 8192)
+        return error(EINVAL);
+    context->vector_length_inherited = flags & length_inherited;
+    return vector_length(context);
+}
+
+// The vector length of SVE is the one that is carried out. Without SVE to speak of, and for SME, there is
+// none.
 void handle_prctl(thread_context* context) {
-    constexpr std::uint64_t vector_length_options[] = {50, 51, 63, 64}; // PR_SVE_SET_VL, _GET_VL, PR_SME_*
-    for (const std::uint64_t option : vector_length_options)
-        if (static_cast<std::uint32_t>(context->x[0]) == option)
-            return refuse(context, EINVAL);
-    pass_to_kernel(context);
+    constexpr std::uint32_t set_sme_length = 63, get_sme_length = 64; // in newer headers only
+    switch (static_cast<std::uint32_t>(context->x[0])) {
+    case PR_SVE_SET_VL:
+        context->x[0] = sve_is_announced ? set_vector_length(context, context->x[1]) : error(EINVAL);
+        return;
+    case PR_SVE_GET_VL:
+        context->x[0] = sve_is_announced ? vector_length(context) : error(EINVAL);
+        return;
+    case set_sme_length:
+    case get_sme_length:
+        return refuse(context, EINVAL);
+    default:
+        pass_to_kernel(context);
+    }
 }
 
 constexpr system_call_row rows[] = {

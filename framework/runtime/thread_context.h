@@ -53,6 +53,7 @@ struct thread_context {
     // What the kernel would keep for the application's thread.
     std::uint64_t clear_child_tid; // address to be cleared and woken at the thread's end, or 0
     std::uint64_t robust_list;     // address of the list's head, or 0
+    bool vector_length_inherited;  // as prctl(PR_SVE_SET_VL) has said
     bool ended;                    // the application's thread has made its last system call
     bool borrowed;                 // by a child process that shares the memory, while the thread waits for it
 

@@ -134,6 +134,7 @@ thread_context* create_context_for(const thread_context* parent, const thread_re
     copy_application_state(context, parent);
     context->x[0] = 0;
     context->signals.mask = parent->signals.mask;
+    context->vector_length_inherited = parent->vector_length_inherited;
     if (request.stack)
         context->sp = request.stack;
     if (request.flags & CLONE_SETTLS)
