@@ -1,12 +1,13 @@
 // The launcher: ostrel [OPTIONS] PROGRAM [ARG...].
-#include <cstdio>
-#include <cstring>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
+#include "framework/launcher_options.h"
 #include "framework/loader/module.h"
 #include "framework/loader/program_image.h"
+#include "framework/loader/script.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/process_end.h"
@@ -16,48 +17,6 @@
 #include "framework/runtime/threads.h"
 
 namespace {
-
-constexpr char usage[] =
-    "Usage: ostrel [OPTIONS] PROGRAM [ARG...]\n"
-    "Runs an AArch64 program that was compiled for SVE on a processor without SVE.\n"
-    "\n"
-    "  --help     show this text\n"
-    "  --version  show the version\n"
-    "  --         end the options\n"
-    "\n"
-    "PROGRAM without a slash is looked up in PATH. Counts of the instructions executed go to\n"
-    "standard error at exit.\n"
-    "\n"
-    "Exit status: the program's own, or 125 if a feature that it needs is not supported, 126 if\n"
-    "it cannot be executed, 127 if it is not found.\n";
-
-struct command_line {
-    std::vector<const char*>
-        client_arguments; // options that are not the launcher's, behind the client's name
-    char** program;       // PROGRAM and its arguments, null-terminated
-};
-
-[[noreturn]] void print_and_exit(const char* text) {
-    const bool written = std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0;
-    exit_process(written ? 0 : 1);
-}
-
-command_line parse(char** arguments) {
-    command_line result{{"ostrel"}, nullptr};
-    for (++arguments; *arguments && **arguments == '-'; ++arguments) {
-        if (std::strcmp(*arguments, "--") == 0) {
-            ++arguments;
-            break;
-        }
-        if (std::strcmp(*arguments, "--help") == 0)
-            print_and_exit(usage);
-        if (std::strcmp(*arguments, "--version") == 0)
-            print_and_exit("ostrel " OSTREL_VERSION "\n");
-        result.client_arguments.push_back(*arguments);
-    }
-    result.program = arguments;
-    return result;
-}
 
 [[noreturn]] void die_of_load_error(const load_error& error) {
     die_with_message(error.status, error.reason.c_str());
@@ -84,26 +43,50 @@ program_image load_interpreter(const std::string& path) {
     return image;
 }
 
+// The program's arguments: those of the command line, with what script lines put in front of them.
+std::vector<char*> program_arguments(const launcher_options& options, executable& program) {
+    std::vector<char*> result;
+    for (std::string& argument : program.arguments)
+        result.push_back(argument.data());
+    if (result.empty())
+        result.push_back(options.argument_zero ? const_cast<char*>(options.argument_zero)
+                                               : options.program[0]);
+    char** const rest = options.program + 1;
+    for (char** argument = rest; *argument; ++argument)
+        result.push_back(*argument);
+    result.push_back(nullptr);
+    return result;
+}
+
+// Processes are listed under the name of what they have executed.
+void set_process_name(const std::string& path) { prctl(PR_SET_NAME, path.c_str() + path.rfind('/') + 1); }
+
 // Maps the program and its stack; returns the initial state.
-thread_context* load(char** arguments, const Elf64_auxv_t* auxiliary) {
-    set_program_name(arguments[0]);
+thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxiliary) {
+    const char* const name = options.program[0];
+    set_program_name(name);
     load_error error;
-    const std::string path = find_program(arguments[0]);
+    const std::string path = options.argument_zero ? name : find_program(name);
     if (path.empty())
         die_with_message(status_not_found, "command not found");
-    const std::optional<elf_file> file = open_elf_file(path.c_str(), error);
+    std::optional<executable> program = find_executable(path.c_str(), error);
+    const std::optional<elf_file> file = program ? open_elf_file(program->path.c_str(), error) : std::nullopt;
     program_image image;
     if (!file || !map_program(*file, program_base, image, error))
         die_of_load_error(error);
     close(file->descriptor);
-    set_main_module(image, path.c_str());
+    set_main_module(image, program->path.c_str());
     set_initial_break(image.end);
+    if (options.closed_descriptor >= 0)
+        close(options.closed_descriptor);
+    set_process_name(path);
 
     program_image interpreter{};
     if (!file->interpreter.empty())
         interpreter = load_interpreter(file->interpreter);
-    const std::uint64_t sp =
-        build_initial_stack(image, interpreter.bias, path.c_str(), arguments, environ, auxiliary, error);
+    const std::vector<char*> arguments = program_arguments(options, *program);
+    const std::uint64_t sp = build_initial_stack(image, interpreter.bias, path.c_str(), arguments.data(),
+                                                 environ, auxiliary, error);
     if (!sp)
         die_of_load_error(error);
 
@@ -119,16 +102,21 @@ thread_context* load(char** arguments, const Elf64_auxv_t* auxiliary) {
 } // namespace
 
 int main(int, char** arguments) {
-    command_line command = parse(arguments);
+    const Elf64_auxv_t* const auxiliary = auxiliary_vector_behind(environ);
+    note_inherited_signals();
+    launcher_options options = parse_options(arguments);
+    const auto start = [&] {
+        start_client(static_cast<int>(options.client_arguments.size()), options.client_arguments.data());
+    };
     // The client's answer to an option that nobody knows comes before anything about the program.
-    const bool options_first = command.client_arguments.size() > 1;
+    const bool options_first = options.client_arguments.size() > 1;
     if (options_first)
-        start_client(static_cast<int>(command.client_arguments.size()), command.client_arguments.data());
-    if (!*command.program)
+        start();
+    if (!*options.program)
         die_with_message(status_unsupported, "no program given; try 'ostrel --help'");
-    thread_context* const context = load(command.program, auxiliary_vector_behind(environ));
+    thread_context* const context = load(options, auxiliary);
     if (!options_first)
-        start_client(static_cast<int>(command.client_arguments.size()), command.client_arguments.data());
+        start();
     start_signals();
     raw_system_call(SYS_rt_sigprocmask, SIG_BLOCK, 0, reinterpret_cast<std::uint64_t>(&context->signals.mask),
                     sizeof context->signals.mask);

@@ -155,27 +155,6 @@ bool read_headers(elf_file& file, std::uint64_t file_size, load_error& error) {
     return true;
 }
 
-// Fills the record in; returns false with the error set if the file cannot be run.
-bool read_and_check(elf_file& file, load_error& error) {
-    error.status = status_cannot_execute;
-    struct stat status;
-    if (fstat(file.descriptor, &status) != 0) {
-        error.reason = std::strerror(errno);
-        return false;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        error.reason = S_ISDIR(status.st_mode) ? "is a directory" : "not a regular file";
-        return false;
-    }
-    const auto file_size = static_cast<std::uint64_t>(status.st_size);
-    if (!read_headers(file, file_size, error))
-        return false;
-    error.reason = check_segments(file, file_size);
-    if (error.reason.empty())
-        error.reason = read_interpreter(file, file_size);
-    return error.reason.empty();
-}
-
 // User-mode emulation may look up a path in another root directory when it is opened, but not when it is
 // asked for its rights: then the open file has to be asked.
 bool is_executable(const char* path, int descriptor) {
@@ -183,27 +162,50 @@ bool is_executable(const char* path, int descriptor) {
            (errno == ENOENT && access(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), X_OK) == 0);
 }
 
+std::uint64_t file_size_of(int descriptor) {
+    struct stat status;
+    return fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
 } // namespace
+
+int open_executable_file(const char* path, load_error& error) {
+    // Not blocking, so that a pipe without a writer is refused and not waited for.
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        error = {missing ? status_not_found : status_cannot_execute, std::strerror(errno)};
+        return -1;
+    }
+    struct stat status;
+    if (fstat(descriptor, &status) != 0)
+        error = {status_cannot_execute, std::strerror(errno)};
+    else if (!S_ISREG(status.st_mode))
+        error = {status_cannot_execute, S_ISDIR(status.st_mode) ? "is a directory" : "not a regular file"};
+    else if (!is_executable(path, descriptor))
+        error = {status_cannot_execute, std::strerror(errno)};
+    else
+        return descriptor;
+    close(descriptor);
+    return -1;
+}
 
 std::optional<elf_file> open_elf_file(const char* path, load_error& error) {
     elf_file file{};
-    // Not blocking, so that a pipe without a writer is refused and not waited for.
-    file.descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file.descriptor < 0) {
-        const bool missing = errno == ENOENT || errno == ENOTDIR;
-        error = {missing ? status_not_found : status_cannot_execute, std::strerror(errno)};
+    file.descriptor = open_executable_file(path, error);
+    if (file.descriptor < 0)
         return std::nullopt;
+    error.status = status_cannot_execute;
+    const std::uint64_t file_size = file_size_of(file.descriptor);
+    if (read_headers(file, file_size, error)) {
+        error.reason = check_segments(file, file_size);
+        if (error.reason.empty())
+            error.reason = read_interpreter(file, file_size);
+        if (error.reason.empty())
+            return file;
     }
-    if (!read_and_check(file, error)) {
-        close(file.descriptor);
-        return std::nullopt;
-    }
-    if (!is_executable(path, file.descriptor)) {
-        error = {status_cannot_execute, std::strerror(errno)};
-        close(file.descriptor);
-        return std::nullopt;
-    }
-    return file;
+    close(file.descriptor);
+    return std::nullopt;
 }
 
 std::optional<elf_file> read_elf_headers(int descriptor) {

@@ -21,6 +21,9 @@ struct elf_file {
     std::string interpreter;          // path of the program that is to start it, empty if there is none
 };
 
+// Opens a regular file that may be executed. Returns -1 with the error set if it is none.
+int open_executable_file(const char* path, load_error& error);
+
 // Opens and checks the file. On failure nothing stays open, and the error says why.
 std::optional<elf_file> open_elf_file(const char* path, load_error& error);
 

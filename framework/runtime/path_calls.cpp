@@ -1,4 +1,6 @@
 // System calls that may name /proc/self/exe: there the program has to find itself, not the engine.
+#include "framework/runtime/path_calls.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -20,15 +22,6 @@ bool names_own_executable(const char* path) {
 }
 
 std::uint64_t program_path() { return reinterpret_cast<std::uint64_t>(main_module()->full_path.c_str()); }
-
-// A probe that has no effect finds out whether the path can be read at all.
-bool is_readable_path(std::uint64_t path) {
-    return raw_system_call(SYS_faccessat, AT_FDCWD, path, 0) != static_cast<std::uint64_t>(-EFAULT);
-}
-
-bool asks_for_own_executable(std::uint64_t path) {
-    return is_readable_path(path) && names_own_executable(reinterpret_cast<const char*>(path));
-}
 
 void handle_readlinkat(thread_context* context) {
     if (static_cast<std::int32_t>(context->x[3]) <= 0 || !asks_for_own_executable(context->x[1]))
@@ -52,20 +45,22 @@ void handle_openat(thread_context* context) {
     context->x[0] = raw_system_call(SYS_openat, AT_FDCWD, program_path(), context->x[2], context->x[3]);
 }
 
-void handle_execve(thread_context* context) {
-    const std::uint64_t path = context->x[0];
-    if (asks_for_own_executable(path))
-        context->x[0] = program_path();
-    if (!pass_to_kernel(context))
-        context->x[0] = path;
-}
-
 constexpr system_call_row rows[] = {
     {SYS_readlinkat, handle_readlinkat},
     {SYS_openat, handle_openat},
-    {SYS_execve, handle_execve},
 };
 
 } // namespace
+
+// A probe that has no effect finds out whether the path can be read at all.
+bool is_readable_path(std::uint64_t path) {
+    const std::uint64_t result = raw_system_call(SYS_faccessat, AT_FDCWD, path, 0);
+    return result != static_cast<std::uint64_t>(-EFAULT) &&
+           result != static_cast<std::uint64_t>(-ENAMETOOLONG);
+}
+
+bool asks_for_own_executable(std::uint64_t path) {
+    return is_readable_path(path) && names_own_executable(reinterpret_cast<const char*>(path));
+}
 
 system_call_rows path_calls() { return rows; }

@@ -338,6 +338,14 @@ std::uint64_t map_trampoline() {
 
 signal_actions process_signal_actions; // under the lock of the process
 
+void note_inherited_signals() {
+    for (const unsigned signal : protected_signals) {
+        signal_action inherited{};
+        set_kernel_action(signal, nullptr, &inherited);
+        process_signal_actions.entry[signal].action.handler = inherited.handler;
+    }
+}
+
 void start_signals() {
     for (const unsigned signal : protected_signals) {
         set_kernel_action(signal, nullptr, &client_fault_action[signal]);
@@ -393,8 +401,10 @@ void raise_fault(thread_context* context, int signal, int code, std::uint64_t at
 
 void interrupt_thread(thread_context* thread) {
     thread->signals.interruptions.fetch_add(1);
-    raw_system_call(SYS_tgkill, raw_system_call(SYS_getpid),
-                    static_cast<std::uint64_t>(thread->number.load()), stop_signal);
+    // From a child that shares the memory the thread cannot be reached.
+    if (is_error(raw_system_call(SYS_tgkill, raw_system_call(SYS_getpid),
+                                 static_cast<std::uint64_t>(thread->number.load()), stop_signal)))
+        thread->signals.interruptions.fetch_sub(1);
 }
 
 void restore_patched_word(thread_context* context) {
@@ -422,8 +432,7 @@ void forget_signals_of_parent(thread_context* context) {
 lent_signals::lent_signals(thread_context* lent)
     : context(lent), actions(lent->signals.actions), information(lent->signals.information),
       running_mask(lent->signals.running_mask), mask(lent->signals.mask), held(lent->signals.held.load()),
-      pending(lent->signals.pending.load()), interruptions(lent->signals.interruptions.load()),
-      alternate(lent->signals.alternate) {
+      pending(lent->signals.pending.load()), alternate(lent->signals.alternate) {
     std::memcpy(held_information, context->signals.held_information, sizeof held_information);
     {
         const std::lock_guard lock(process_mutex);
@@ -432,7 +441,6 @@ lent_signals::lent_signals(thread_context* lent)
     context->signals.actions = &childs_actions;
     context->signals.pending.store(0);
     context->signals.held.store(0);
-    context->signals.interruptions.store(0);
 }
 
 lent_signals::~lent_signals() {
@@ -444,8 +452,32 @@ lent_signals::~lent_signals() {
     signals.mask = mask;
     signals.held.store(held);
     signals.pending.store(pending);
-    signals.interruptions.store(interruptions);
     signals.alternate = alternate;
+}
+
+executing_signals::executing_signals(thread_context* executing) : context(executing) {
+    block_all_signals();
+    if (context->signals.pending.load()) // comes first
+        return;
+    const std::uint64_t held = context->signals.held.exchange(0);
+    for (const unsigned signal : protected_signals) {
+        const signal_action ignoring{ignoring_handler, 0, 0, 0};
+        if (handler_now(context, signal) == ignoring_handler)
+            set_kernel_action(signal, &ignoring);
+    }
+    set_kernel_mask(context->signals.mask);
+    for (const unsigned signal : protected_signals)
+        if (held & bit_of(signal))
+            raw_system_call(SYS_tgkill, raw_system_call(SYS_getpid), raw_system_call(SYS_gettid), signal);
+}
+
+executing_signals::~executing_signals() {
+    for (const unsigned signal : protected_signals) {
+        const std::lock_guard lock(process_mutex);
+        if (handler_now(context, signal) == ignoring_handler)
+            set_application_action(context, signal, application_action(context, signal));
+    }
+    set_application_mask(context, context->signals.mask);
 }
 
 signal_action application_action(thread_context* context, unsigned signal) {

@@ -13,6 +13,10 @@ inline constexpr unsigned stop_signal = 32;
 // for faults that are not the application's own, or that it has no handler for.
 void start_signals();
 
+// Takes over how the process has been started, as far as the engine and the client will change it. Comes
+// first.
+void note_inherited_signals();
+
 // Sets up the calling thread, whose context is current, to receive signals. All are blocked before.
 void start_thread_signals(thread_context* context);
 
@@ -65,8 +69,21 @@ private:
     siginfo_t information;
     siginfo_t held_information[3];
     std::uint64_t running_mask, mask, held;
-    std::uint32_t pending, interruptions;
+    std::uint32_t pending;
     stack_t alternate;
+};
+
+// While it exists, the kernel has all that a program that is executed finds as the application has left it,
+// also of the signals that the engine lives on.
+class executing_signals {
+public:
+    explicit executing_signals(thread_context* executing);
+    ~executing_signals();
+    executing_signals(const executing_signals&) = delete;
+    executing_signals& operator=(const executing_signals&) = delete;
+
+private:
+    thread_context* context;
 };
 
 // The action for a signal from 1 to 64 in the context's process, and its change. The lock of the process must

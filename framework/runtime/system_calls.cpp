@@ -13,7 +13,8 @@ constexpr unsigned known_numbers = 512;
 const std::array<system_call_handler, known_numbers>& handlers() {
     static const auto table = [] {
         std::array<system_call_handler, known_numbers> result{};
-        for (const system_call_rows rows : {memory_calls(), process_calls(), path_calls(), signal_calls()})
+        for (const system_call_rows rows :
+             {memory_calls(), process_calls(), path_calls(), signal_calls(), exec_calls()})
             for (const system_call_row& row : rows)
                 result[row.number] = row.handler;
         return result;

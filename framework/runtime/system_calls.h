@@ -20,6 +20,7 @@ system_call_rows memory_calls();
 system_call_rows process_calls();
 system_call_rows path_calls();
 system_call_rows signal_calls();
+system_call_rows exec_calls();
 
 // Makes the call with the context's registers and stores its result.
 void call_kernel(thread_context* context);

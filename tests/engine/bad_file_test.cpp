@@ -64,8 +64,13 @@ struct bad_file {
 const bad_file bad_files[] = {
     {"Empty", [](file_bytes& f) { f.clear(); }, 126, "empty file, not an ELF file"},
     {"OneByte", [](file_bytes& f) { f.resize(1); }, 126, "not an ELF file"},
-    {"Script", [](file_bytes& f) { f = {'#', '!', '/', 'b', 'i', 'n', '/', 's', 'h', '\n'}; }, 126,
-     "not an ELF file"},
+    {"NamelessScript",
+     [](file_bytes& f) {
+         f = {'#', '!', ' ', '\n'};
+     },
+     126, "not an ELF file"},
+    {"LostScript", [](file_bytes& f) { f = {'#', '!', '/', 'n', 'o', '\n'}; }, 126,
+     "interpreter /no: No such file or directory"},
     {"MagicOnly", [](file_bytes& f) { f.resize(4); }, 126, "truncated ELF header"},
     {"HalfHeader", [](file_bytes& f) { f.resize(40); }, 126, "truncated ELF header"},
     {"HeaderOnly", [](file_bytes& f) { f.resize(64); }, 126,

@@ -62,6 +62,17 @@ outcome run_translated(const std::string& program, const std::vector<std::string
     return run_on_target(words);
 }
 
+outcome run_followed(const std::vector<std::string>& options, const std::string& path,
+                     const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{OSTREL_PATH};
+    if (const std::string launcher = emulator(); !launcher.empty())
+        words.insert(words.end(), {"--launcher", launcher});
+    words.insert(words.end(), options.begin(), options.end());
+    words.push_back(path);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return run_on_target(words);
+}
+
 std::string program_path(const std::string& name) { return std::string(ENGINE_PROGRAMS) + "/" + name; }
 
 std::string without_client_lines(const std::string& errors) {

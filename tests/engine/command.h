@@ -19,6 +19,10 @@ outcome run_on_target(const std::vector<std::string>& words);
 outcome run_directly(const std::string& program, const std::vector<std::string>& arguments);
 outcome run_translated(const std::string& program, const std::vector<std::string>& arguments);
 
+// Runs the program under ostrel with options, and with what ostrel needs to execute itself on the target.
+outcome run_followed(const std::vector<std::string>& options, const std::string& path,
+                     const std::vector<std::string>& arguments);
+
 // The path of a program of the test suite.
 std::string program_path(const std::string& name);
 

@@ -110,13 +110,12 @@ TEST(MachineWithoutSVE, SignalHandlersKeepTheRegistersOfSVE) {
     EXPECT_EQ(result.output, "0 failed\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Children, SameAsDirectly,
-                         testing::Values(program_case{"children", {"vfork"}},
-                                         program_case{"children", {"vfork-fork"}},
-                                         program_case{"children", {"vfork-threads"}},
-                                         program_case{"children", {"spawn"}},
-                                         program_case{"children", {"tree"}}),
-                         name_of);
+INSTANTIATE_TEST_SUITE_P(
+    Children, SameAsDirectly,
+    testing::Values(program_case{"children", {"vfork"}}, program_case{"children", {"vfork-fork"}},
+                    program_case{"children", {"vfork-threads"}}, program_case{"children", {"spawn"}},
+                    program_case{"children", {"tree"}}, program_case{"execute", {"errors"}}),
+    name_of);
 
 // The counts of all threads add up: 40 threads with 1002 instructions each.
 TEST(MachineWithoutSVE, ThreadsHaveTheirOwnState) {

@@ -1,0 +1,141 @@
+// What ostrel makes of its options, and of programs that execute others.
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "command.h"
+
+namespace {
+
+unsigned reports(const std::string& errors) {
+    unsigned count = 0;
+    for (std::size_t at = 0; (at = errors.find(" SVE instructions executed\n", at)) != std::string::npos;
+         ++at)
+        ++count;
+    return count;
+}
+
+std::string script(const std::string& name, const std::string& content) {
+    const std::string path = testing::TempDir() + "ostrel_" + std::to_string(getpid()) + "_" + name;
+    std::ofstream(path) << content;
+    chmod(path.c_str(), 0755);
+    return path;
+}
+
+TEST(Execute, KeepsWhatTheKernelKeeps) {
+    const std::string program = program_path("execute");
+    const outcome result = run_followed({}, program, {"keeps-state", program});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    std::string environment = "environment FIRST=1\nenvironment SECOND=\n";
+    if (result.output.find(environment) == std::string::npos) // user-mode emulation turns the order round
+        environment = "environment SECOND=\nenvironment FIRST=1\n";
+    EXPECT_EQ(result.output, "argv[0] another name\nargv[1] shows-state\nargv[2] \nargv[3] last\n" +
+                                 environment +
+                                 "signal 10: ignored 1, blocked 0, pending 0\n"
+                                 "signal 12: ignored 0, blocked 1, pending 1\n"
+                                 "signal 37: ignored 0, blocked 1, pending 0\n"
+                                 "open 20\nalarm 1, mask 127\n");
+    EXPECT_EQ(reports(result.errors), 1u) << result.errors;
+}
+
+TEST(Execute, ReportsOfAllProcesses) {
+    for (const std::string name : {"execute", "execute-dynamic"}) {
+        const std::string program = program_path(name);
+        const outcome result = run_followed({}, program, {"spawns", program});
+        EXPECT_EQ(result.output, "spawned 0, status 17\nspawned 0, status 17\nspawned 0, status 17\n");
+        EXPECT_EQ(reports(result.errors), 4u) << result.errors;
+    }
+    const std::string program = program_path("execute");
+    EXPECT_EQ(reports(run_followed({"--no-follow-children"}, program, {"spawns", program}).errors), 1u);
+    EXPECT_EQ(run_followed({}, program, {"own-executable"}).status, 18);
+}
+
+TEST(Execute, ByDescriptor) {
+    const outcome result =
+        run_followed({}, program_path("execute"), {"by-descriptors", program_path(""), "execute"});
+    const std::string shown = "argv[0] by descriptor\nargv[1] shows-state\n";
+    EXPECT_EQ(result.output, shown + "alarm 0, mask 22\nin directory 0\n" + shown +
+                                 "open 4\nalarm 0, mask 22\nfile 0\n" + shown +
+                                 "open 4\nalarm 0, mask 22\ncopy 0\n")
+        << result.errors;
+}
+
+// Five scripts, each the interpreter of the next, as many as the kernel follows.
+TEST(Execute, Scripts) {
+    std::vector<std::string> scripts{
+        script("0", "#! " + program_path("environment") + " \tone argument \t\n")};
+    std::string arguments = "argv[1] one argument\n";
+    for (int n = 1; n < 6; ++n)
+        scripts.push_back(script(std::to_string(n), "#!" + scripts.back()));
+    for (int n = 0; n < 5; ++n)
+        arguments += "argv[" + std::to_string(n + 2) + "] " + scripts[static_cast<std::size_t>(n)] + "\n";
+    arguments += "argv[7] given\n";
+
+    for (const bool by_program : {false, true}) {
+        const auto run = [&](const std::string& path) {
+            return by_program ? run_followed({}, program_path("execute"), {"runs", path, "zero", "given"})
+                              : run_followed({}, path, {"given"});
+        };
+        const outcome result = run(scripts[4]);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.output.find("argv[0] " + program_path("environment") + "\n" + arguments),
+                  std::string::npos)
+            << result.output << result.errors;
+        EXPECT_NE(result.output.find("file " + scripts[4] + ","), std::string::npos) << result.output;
+
+        const outcome refused = run(scripts[5]);
+        EXPECT_EQ(refused.status, by_program ? 0 : 126);
+        EXPECT_EQ(refused.output, "");
+    }
+    for (const std::string& path : scripts)
+        unlink(path.c_str());
+}
+
+TEST(Options, Environment) {
+    const outcome result =
+        run_followed({"-E", "OSTREL_TEST_A=1=2", "--env", "OSTREL_TEST_B=", "--env=OSTREL_TEST_C=x",
+                      "--unset-env", "OSTREL_TEST_A", "--"},
+                     program_path("environment"), {});
+    EXPECT_EQ(result.output.find("OSTREL_TEST_A"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("environment OSTREL_TEST_B=\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("environment OSTREL_TEST_C=x\n"), std::string::npos) << result.output;
+}
+
+TEST(Options, AnnouncedSVE) {
+    constexpr char without[] = "capability 0, field 0, features 0, length -1\n"
+                               "set 128: -1, set 256: -1, set 64: -1, set 17: -1\n";
+    constexpr char with[] = "capability 1, field 1, features 0, length 128\n"
+                            "set 128: 131200, set 256: 128, set 64: -1, set 17: -1\n";
+    const std::string program = program_path("announced");
+    EXPECT_EQ(run_followed({}, program, {}).output, without);
+    EXPECT_EQ(run_followed({"--hwcap-sve"}, program, {}).output, with);
+    EXPECT_EQ(run_followed({"--hwcap-sve"}, program_path("execute"), {"runs", program, "zero"}).output, with);
+}
+
+TEST(Options, OneLineForBadValues) {
+    const struct {
+        std::vector<std::string> words;
+        std::string reason;
+    } cases[] = {
+        {{"-E"}, "an option lacks its value: -E"},
+        {{"-E", "NAME", "x"}, "--env: NAME=VALUE expected, not NAME"},
+        {{"--env==1", "x"}, "--env: NAME=VALUE expected, not =1"},
+        {{"--unset-env", "A=B", "x"}, "--unset-env: NAME expected, not A=B"},
+        {{"--log-level", "much", "x"}, "--log-level: a number expected, not much"},
+        {{"--log-level=-1", "x"}, "--log-level: a number expected, not -1"},
+        {{"--launcher", " ", "x"}, "--launcher: a command expected, not an empty text"},
+        {{"--launcher", "no-such-command -x", "x"}, "--launcher: command not found: no-such-command"},
+        {{"--hwcap-sve=1", "x"}, "an option that has no value is given one: --hwcap-sve=1"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> words{OSTREL_PATH};
+        words.insert(words.end(), c.words.begin(), c.words.end());
+        const outcome result = run_on_target(words);
+        EXPECT_EQ(result.status, 125) << c.reason;
+        EXPECT_EQ(result.errors, "ostrel: " + c.reason + "\n");
+    }
+}
+
+} // namespace
