@@ -103,7 +103,6 @@ thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxili
 
 int main(int, char** arguments) {
     const Elf64_auxv_t* const auxiliary = auxiliary_vector_behind(environ);
-    note_inherited_signals();
     launcher_options options = parse_options(arguments);
     const auto start = [&] {
         start_client(static_cast<int>(options.client_arguments.size()), options.client_arguments.data());

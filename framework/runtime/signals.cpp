@@ -237,10 +237,11 @@ void handle_signal(int number, siginfo_t* information, void* machine_context) {
         // Only an interruption of a thread that is about to end: all others are blocked.
     } else if (signal == stop_signal && (stop_if_process_ends(context, machine.uc_mcontext.pc) ||
                                          take_interruption(context, machine.uc_mcontext))) {
+    } else if (bit_of(signal) & protected_mask & context->signals.mask) {
+        hold(context->signals, signal, *information);
     } else if ((signal == SIGSEGV || signal == SIGBUS) && handler_now(context, signal) == default_handler) {
         pass_to_client(number, information, machine_context);
-    } else if (bit_of(signal) & protected_mask &&
-               (context->signals.mask & bit_of(signal) || context->signals.pending.load())) {
+    } else if (bit_of(signal) & protected_mask && context->signals.pending.load()) {
         hold(context->signals, signal, *information);
     } else {
         arrive(context, *information, machine);
@@ -338,11 +339,13 @@ std::uint64_t map_trampoline() {
 
 signal_actions process_signal_actions; // under the lock of the process
 
-void note_inherited_signals() {
+// Takes over what the process has been started with, before the client's own initializers.
+__attribute__((constructor(101))) static void note_ignored_signals() {
     for (const unsigned signal : protected_signals) {
         signal_action inherited{};
         set_kernel_action(signal, nullptr, &inherited);
-        process_signal_actions.entry[signal].action.handler = inherited.handler;
+        if (inherited.handler == ignoring_handler)
+            process_signal_actions.entry[signal].action = inherited;
     }
 }
 

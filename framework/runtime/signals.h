@@ -13,10 +13,6 @@ inline constexpr unsigned stop_signal = 32;
 // for faults that are not the application's own, or that it has no handler for.
 void start_signals();
 
-// Takes over how the process has been started, as far as the engine and the client will change it. Comes
-// first.
-void note_inherited_signals();
-
 // Sets up the calling thread, whose context is current, to receive signals. All are blocked before.
 void start_thread_signals(thread_context* context);
 
