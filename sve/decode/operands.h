@@ -32,8 +32,10 @@ template <class Record> constexpr Record operand_record(unsigned int reg, int ki
     const auto both = [](unsigned int low, int high) {
         return low | static_cast<std::uint64_t>(static_cast<unsigned int>(high)) << 32;
     };
-    return std::bit_cast<Record>(
-        halves{both(reg, kind), both(static_cast<unsigned int>(dest_kind), dest_kind)});
+    std::uint64_t high = both(static_cast<unsigned int>(dest_kind), dest_kind);
+    if (!std::is_constant_evaluated())
+        asm("" : "+r"(high)); // GCC would make it in a vector register and move it
+    return std::bit_cast<Record>(halves{both(reg, kind), high});
 }
 
 // An operand that is only read or only written, and one that is source and destination at once.

@@ -8,6 +8,7 @@
 
 #include "sve/decode/cpu_state.h"
 
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -26,6 +27,30 @@ template <class Element> struct unaligned_chunk_of {
 };
 template <class Element> using unaligned_chunk = typename unaligned_chunk_of<Element>::type;
 
+// The same value, of which the compiler knows nothing: it then neither joins what is computed from it with
+// anything computed before, nor moves it there.
+template <class Pointer> [[gnu::always_inline]] inline Pointer* opaque(Pointer* pointer) {
+    asm("" : "+r"(pointer));
+    return pointer;
+}
+template <class Vector> [[gnu::always_inline]] inline Vector opaque(Vector value) {
+#if defined(__aarch64__)
+    asm("" : "+w"(value));
+#endif
+    return value;
+}
+
+// The row of a Z or P register. Of its address the compiler knows so little that loads which are common to
+// the element sizes stay behind the dispatch, where they pair; the last addition is left to the loads.
+inline std::uint8_t* vector_row(cpu_state* state, int reg) {
+    return opaque(reinterpret_cast<std::uint8_t*>(state) + reg * vector_bytes) + offsetof(cpu_state, z);
+}
+inline std::uint8_t* predicate_row(cpu_state* state, int reg) {
+    constexpr std::size_t from_z = offsetof(cpu_state, p) - offsetof(cpu_state, z);
+    std::uint8_t* const shifted = opaque(reinterpret_cast<std::uint8_t*>(state) + from_z);
+    return opaque(shifted + reg * vector_bytes) + offsetof(cpu_state, z);
+}
+
 template <class Element>
 inline constexpr int elements_per_row = vector_bytes / static_cast<int>(sizeof(Element));
 
@@ -35,13 +60,17 @@ template <class Element> inline chunk<Element> load_chunk(const std::uint8_t* ro
     return *reinterpret_cast<const unaligned_chunk<Element>*>(row_bytes + index * chunk_bytes);
 }
 
+template <class Element> inline void store_chunk(std::uint8_t* row_bytes, int index, chunk<Element> value) {
+    *reinterpret_cast<unaligned_chunk<Element>*>(row_bytes + index * chunk_bytes) = value;
+}
+
 // A row computed but not yet stored.
 template <class Element> struct row { chunk<Element> part[chunks_per_row]; };
 
 template <class Element> inline void store_row(std::uint8_t* row_bytes, const row<Element>& value) {
 #pragma GCC unroll 8
     for (int i = 0; i < chunks_per_row; ++i)
-        *reinterpret_cast<unaligned_chunk<Element>*>(row_bytes + i * chunk_bytes) = value.part[i];
+        store_chunk<Element>(row_bytes, i, value.part[i]);
 }
 
 // Computes every chunk of a row from its index, and only then stores the row: `body` may read any register.
@@ -55,6 +84,21 @@ inline aarch64_decode_rc compute_row(std::uint8_t* destination, Body body) {
     return aarch64_emulated;
 }
 
+// The same for a body that reads, for a chunk, no other chunk of any register. Pairs of chunks are stored as
+// they come, so that no more than those have to be kept in registers.
+template <class Element, class Body>
+[[gnu::always_inline]] inline aarch64_decode_rc compute_lanes(std::uint8_t* destination, Body body) {
+#pragma GCC unroll 4
+    for (int i = 0; i < chunks_per_row; i += 2) {
+        const chunk<Element> even = body(i);
+        const chunk<Element> odd = body(i + 1);
+        store_chunk<Element>(destination, i, even);
+        store_chunk<Element>(destination, i + 1, odd);
+        asm("" ::: "memory"); // loads that move up over the stores lose their partner
+    }
+    return aarch64_emulated;
+}
+
 // Makes the lowest doubleword of a row the value and all others 0.
 inline aarch64_decode_rc store_scalar(std::uint8_t* destination, std::uint64_t value) {
     return compute_row<std::uint64_t>(destination, [value](int i) {
@@ -65,8 +109,9 @@ inline aarch64_decode_rc store_scalar(std::uint8_t* destination, std::uint64_t v
 // All bits set in each lane whose predicate element is active: the low bit of the lane read as one
 // little-endian unit.
 template <class Element> inline chunk<Element> active_lanes(const std::uint8_t* predicate, int index) {
-    const chunk<Element> lanes = load_chunk<Element>(predicate, index);
-    return (chunk<Element>)((lanes & 1) != 0);
+    using lane = std::make_unsigned_t<Element>; // one instruction less than with signed lanes
+    const chunk<lane> lanes = load_chunk<lane>(predicate, index);
+    return opaque((chunk<Element>)((lanes & 1) != 0)); // or blends are taken apart
 }
 
 // The low bit of each element's predicate lane, in 64 bits of a predicate row.
@@ -153,11 +198,14 @@ template <class Body>
     return dispatch_elements<std::int8_t, std::int16_t, std::int32_t, std::int64_t>(size_code, body);
 }
 
-// zdn = predicate ? operation(zdn, zm) : zdn, lane by lane; `operation` works on whole chunks.
+// zdn = pg ? operation(zdn, zm) : zdn, lane by lane; `operation` works on whole chunks.
 template <class Element, class Operation>
-inline aarch64_decode_rc merge_binary(std::uint8_t* zdn, const std::uint8_t* pg, const std::uint8_t* zm,
-                                      Operation operation) {
-    return compute_row<Element>(zdn, [&](int i) {
+inline aarch64_decode_rc merge_binary(cpu_state* state, aarch64_z_reg destination, aarch64_p_reg governing,
+                                      aarch64_z_reg source, Operation operation) {
+    std::uint8_t* const zdn = vector_row(state, destination.reg);
+    const std::uint8_t* const pg = predicate_row(state, governing.reg);
+    const std::uint8_t* const zm = vector_row(state, source.reg);
+    return compute_lanes<Element>(zdn, [&](int i) {
         const chunk<Element> a = load_chunk<Element>(zdn, i);
         const chunk<Element> b = load_chunk<Element>(zm, i);
         return blend<Element>(active_lanes<Element>(pg, i), operation(a, b), a);

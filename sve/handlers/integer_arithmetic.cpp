@@ -32,7 +32,7 @@ template <class Operation>
 aarch64_decode_rc predicated_unsigned(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                                       Operation operation) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
-        return merge_binary<decltype(zero)>(state->z[zdn.reg], state->p[pg.reg], state->z[zm.reg], operation);
+        return merge_binary<decltype(zero)>(state, zdn, pg, zm, operation);
     });
 }
 
@@ -40,7 +40,7 @@ template <class Operation>
 aarch64_decode_rc predicated_signed(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                                     Operation operation) {
     return dispatch_signed(zdn.dest_kind, [&](auto zero) {
-        return merge_binary<decltype(zero)>(state->z[zdn.reg], state->p[pg.reg], state->z[zm.reg], operation);
+        return merge_binary<decltype(zero)>(state, zdn, pg, zm, operation);
     });
 }
 
@@ -69,8 +69,10 @@ aarch64_decode_rc predicated_division(cpu_state* state, aarch64_z_reg zdn, aarch
 template <class Element, class Operation>
 aarch64_decode_rc combine_rows(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm,
                                Operation operation) {
-    return compute_row<Element>(state->z[zd.reg], [&](int i) {
-        return operation(load_chunk<Element>(state->z[zn.reg], i), load_chunk<Element>(state->z[zm.reg], i));
+    const std::uint8_t* const left = vector_row(state, zn.reg);
+    const std::uint8_t* const right = vector_row(state, zm.reg);
+    return compute_lanes<Element>(vector_row(state, zd.reg), [&](int i) {
+        return operation(load_chunk<Element>(left, i), load_chunk<Element>(right, i));
     });
 }
 
@@ -93,8 +95,8 @@ aarch64_decode_rc with_immediate(cpu_state* state, aarch64_z_reg zdn, std::uint6
                                  Operation operation) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         using element = decltype(zero);
-        std::uint8_t* row_bytes = state->z[zdn.reg];
-        return compute_row<element>(row_bytes, [&](int i) {
+        std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
+        return compute_lanes<element>(row_bytes, [&](int i) {
             return operation(load_chunk<element>(row_bytes, i), broadcast(static_cast<element>(imm)));
         });
     });

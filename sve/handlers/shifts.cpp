@@ -1,24 +1,17 @@
 #include "sve/handlers/shifts.h"
 
-#include "sve/handlers/elements.h"
+#include "sve/handlers/host_shifts.h"
 
 namespace {
 
-template <class Element> constexpr Element width = sizeof(Element) * 8;
-
-// Host vectors shift by less than the width only, so counts are brought below it before every shift.
-
 constexpr auto shift_left = []<class Element>(Element, auto value, auto counts) {
-    return (value << (counts & (width<Element> - 1))) & (chunk<Element>)(counts < width<Element>);
+    return host_shifts::shift_left<Element>(value, counts);
 };
 constexpr auto shift_right = []<class Element>(Element, auto value, auto counts) {
-    return (value >> (counts & (width<Element> - 1))) & (chunk<Element>)(counts < width<Element>);
+    return host_shifts::shift_right<Element>(value, counts);
 };
 constexpr auto shift_right_signed = []<class Element>(Element, auto value, auto counts) {
-    using signed_chunk = chunk<std::make_signed_t<Element>>;
-    const chunk<Element> last = broadcast<Element>(width<Element> - 1);
-    const chunk<Element> clamped = counts < last ? counts : last;
-    return (chunk<Element>)((signed_chunk)value >> (signed_chunk)clamped);
+    return host_shifts::shift_right_signed<Element>(value, counts);
 };
 
 template <class Shift>
@@ -26,8 +19,7 @@ aarch64_decode_rc by_vector(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg p
                             Shift shift) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         return merge_binary<decltype(zero)>(
-            state->z[zdn.reg], state->p[pg.reg], state->z[zm.reg],
-            [&](auto value, auto counts) { return shift(zero, value, counts); });
+            state, zdn, pg, zm, [&](auto value, auto counts) { return shift(zero, value, counts); });
     });
 }
 
@@ -41,11 +33,12 @@ aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zdn, aarch64_p_re
                                Shift shift) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         using element = decltype(zero);
-        std::uint8_t* row_bytes = state->z[zdn.reg];
-        return compute_row<element>(row_bytes, [&](int i) {
+        std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
+        const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+        const auto counts = uniform_counts<element>(count);
+        return compute_lanes<element>(row_bytes, [&](int i) {
             const chunk<element> value = load_chunk<element>(row_bytes, i);
-            return blend<element>(active_lanes<element>(state->p[pg.reg], i),
-                                  shift(zero, value, uniform_counts<element>(count)), value);
+            return blend<element>(active_lanes<element>(predicate, i), shift(zero, value, counts), value);
         });
     });
 }
@@ -55,8 +48,10 @@ aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg
                                Shift shift) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_row<element>(state->z[zd.reg], [&](int i) {
-            return shift(zero, load_chunk<element>(state->z[zn.reg], i), uniform_counts<element>(count));
+        const std::uint8_t* const source = vector_row(state, zn.reg);
+        const auto counts = uniform_counts<element>(count);
+        return compute_lanes<element>(vector_row(state, zd.reg), [&](int i) {
+            return shift(zero, load_chunk<element>(source, i), counts);
         });
     });
 }

@@ -41,10 +41,11 @@ template <class Narrow> constexpr auto zero_extend = [](auto value) { return val
 template <class Element, class Operation>
 aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn,
                               Operation operation) {
-    std::uint8_t* row_bytes = state->z[zd.reg];
-    return compute_row<Element>(row_bytes, [&](int i) {
-        return blend<Element>(active_lanes<Element>(state->p[pg.reg], i),
-                              operation(load_chunk<Element>(state->z[zn.reg], i)),
+    std::uint8_t* const row_bytes = vector_row(state, zd.reg);
+    const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+    const std::uint8_t* const source = vector_row(state, zn.reg);
+    return compute_lanes<Element>(row_bytes, [&](int i) {
+        return blend<Element>(active_lanes<Element>(predicate, i), operation(load_chunk<Element>(source, i)),
                               load_chunk<Element>(row_bytes, i));
     });
 }
