@@ -6,7 +6,8 @@ namespace {
 
 // Comparisons of whole chunks: all bits of a lane set where they hold.
 constexpr auto equal = [](auto a, auto b) { return a == b; };
-constexpr auto not_equal = [](auto a, auto b) { return a != b; };
+// The complement then becomes one with the conjunction that follows it.
+constexpr auto not_equal = [](auto a, auto b) { return ~(chunk<std::uint64_t>)opaque(a == b); };
 constexpr auto greater = [](auto a, auto b) { return a > b; };
 constexpr auto greater_or_equal = [](auto a, auto b) { return a >= b; };
 constexpr auto less = [](auto a, auto b) { return a < b; };
@@ -17,24 +18,28 @@ template <class Element, class Right, class Compare>
 [[gnu::always_inline]] inline aarch64_decode_rc compare_elements(cpu_state* state, aarch64_p_reg pd,
                                                                  aarch64_p_reg pg, aarch64_z_reg zn,
                                                                  Right right, Compare compare) {
-    chunk_array<chunks_per_row> active;
-    chunk_array<chunks_per_row> result;
+    const std::uint8_t* const governing = predicate_row(state, pg.reg);
+    const std::uint8_t* const left = vector_row(state, zn.reg);
+    std::uint8_t* const destination = predicate_row(state, pd.reg);
+    chunk_array<chunks_per_row> active, result;
 #pragma GCC unroll 8
     for (int i = 0; i < chunks_per_row; ++i) {
-        active[i] = load_chunk<std::uint64_t>(state->p[pg.reg], i) & element_lane_bits<Element>;
-        const auto holds = compare(load_chunk<Element>(state->z[zn.reg], i), right(i));
+        active[i] = load_chunk<std::uint64_t>(governing, i) & element_lane_bits<Element>;
+        const auto holds = compare(load_chunk<Element>(left, i), right(i));
         result[i] = (chunk<std::uint64_t>)holds & active[i];
+        if (i == chunks_per_row / 2 - 1)
+            asm("" ::: "memory"); // all loads at once take more registers than are free
     }
-    compute_row<std::uint64_t>(state->p[pd.reg], [&](int i) { return result[i]; });
+    compute_row<std::uint64_t>(destination, [&](int i) { return result[i]; });
     write_result_flags<Element>(state, active, result);
     return aarch64_emulated;
 }
 
 // The other operand's chunks: those of a vector, or an immediate at the element's width.
-template <class Element> auto right_chunks(const cpu_state* state, aarch64_z_reg zm) {
-    return [row_bytes = state->z[zm.reg]](int i) { return load_chunk<Element>(row_bytes, i); };
+template <class Element> auto right_chunks(cpu_state* state, aarch64_z_reg zm) {
+    return [row_bytes = vector_row(state, zm.reg)](int i) { return load_chunk<Element>(row_bytes, i); };
 }
-template <class Element, class Immediate> auto right_chunks(const cpu_state*, Immediate imm) {
+template <class Element, class Immediate> auto right_chunks(cpu_state*, Immediate imm) {
     return [immediates = broadcast(static_cast<Element>(imm))](int) { return immediates; };
 }
 
@@ -42,20 +47,22 @@ template <class Right, class Compare>
 [[gnu::always_inline]] inline aarch64_decode_rc compare_signed(cpu_state* state, aarch64_p_reg pd,
                                                                aarch64_p_reg pg, aarch64_z_reg zn,
                                                                Right right, Compare compare) {
-    return dispatch_signed(pd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
-    });
+    return dispatch_signed(
+        pd.kind, [&](auto zero) __attribute__((always_inline)) {
+            using element = decltype(zero);
+            return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
+        });
 }
 
 template <class Right, class Compare>
 [[gnu::always_inline]] inline aarch64_decode_rc compare_unsigned(cpu_state* state, aarch64_p_reg pd,
                                                                  aarch64_p_reg pg, aarch64_z_reg zn,
                                                                  Right right, Compare compare) {
-    return dispatch_unsigned(pd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
-    });
+    return dispatch_unsigned(
+        pd.kind, [&](auto zero) __attribute__((always_inline)) {
+            using element = decltype(zero);
+            return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
+        });
 }
 
 } // namespace

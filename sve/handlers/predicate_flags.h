@@ -23,6 +23,11 @@ aarch64_decode_rc sve_ptest_pp(cpu_state* state, aarch64_p_reg pg, aarch64_p_reg
 
 // Replaces N, Z, C and V of nzcv and nothing else; V becomes 0.
 inline void write_predicate_flags(cpu_state* state, bool negative, bool zero, bool carry) {
-    const unsigned flags = unsigned{negative} << 3 | unsigned{zero} << 2 | unsigned{carry} << 1;
-    state->nzcv = (state->nzcv & ~std::uint64_t{0xF0000000}) | std::uint64_t{flags & 15} << 28;
+    // As values, since the compiler takes shifts of conditions apart.
+    constexpr std::uint64_t n = 1u << 31, z = 1u << 30, c = 1u << 29, v = 1u << 28;
+    std::uint64_t flags = state->nzcv & ~(n | z | c | v);
+    flags = negative ? flags | n : flags;
+    flags = zero ? flags | z : flags;
+    flags = carry ? flags | c : flags;
+    state->nzcv = flags;
 }

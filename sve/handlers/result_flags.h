@@ -38,25 +38,41 @@ template <int bits, std::size_t count>
     return bytes;
 }
 
-// Packs lanes of which only the low `bits` bits may be set into words, the first in the lowest place of the
-// first word. Gaps between the bits of lanes may remain.
+// Packs lanes of which only the low `bits` bits may be set into as few chunks as they fill, or into one word
+// if that is enough, the first in the lowest place. Gaps between the bits of lanes may remain.
 template <class Lane, int bits, std::size_t count>
 [[gnu::always_inline]] inline auto pack_lanes(const chunk_array<count>& lanes) {
     if constexpr (sizeof(Lane) > 1) {
         return pack_lanes<typename half_as_wide<Lane>::type, bits>(keep_low_halves<Lane>(lanes));
     } else if constexpr (bits == 8) {
-        std::array<std::uint64_t, 2 * count> words;
-#pragma GCC unroll 4
-        for (std::size_t i = 0; i < 2 * count; ++i)
-            words[i] = lanes[i / 2][i % 2];
-        return words;
+        return lanes;
     } else if constexpr (count > 1) {
         return pack_lanes<Lane, 2 * bits>(keep_low_halves<std::uint16_t>(join_bytes<bits>(lanes)));
     } else {
         using half_chunk __attribute__((vector_size(chunk_bytes / 2))) = std::uint8_t;
         const auto pairs = (chunk<std::uint16_t>)join_bytes<bits>(lanes)[0];
-        return std::array{std::bit_cast<std::uint64_t>(__builtin_convertvector(pairs, half_chunk))};
+        return std::bit_cast<std::uint64_t>(__builtin_convertvector(pairs, half_chunk));
     }
+}
+
+// The first and the last word of a packed row that are not 0, or 0, and all words or-ed together.
+struct word_summary {
+    std::uint64_t first;
+    std::uint64_t last;
+    std::uint64_t any;
+};
+inline word_summary summarise(std::uint64_t word) { return {word, word, word}; }
+inline word_summary summarise(const chunk_array<1>& packed) {
+    const std::uint64_t low = packed[0][0], high = packed[0][1];
+    return {low != 0 ? low : high, high != 0 ? high : low, low | high};
+}
+// The words' order is by columns.
+inline word_summary summarise(const chunk_array<2>& packed) {
+    const chunk<std::uint64_t> even = packed[0], odd = packed[1];
+    const chunk<std::uint64_t> first = even != 0 ? even : odd;
+    const chunk<std::uint64_t> last = odd != 0 ? odd : even;
+    const chunk<std::uint64_t> any = even | odd;
+    return {first[0] != 0 ? first[0] : first[1], last[1] != 0 ? last[1] : last[0], any[0] | any[1]};
 }
 
 // Sets N, Z, C and V as sve_ptest does, given rows in which only the bits of active elements are set, and of
@@ -65,23 +81,18 @@ template <class Element>
 [[gnu::always_inline]] inline void write_result_flags(cpu_state* state,
                                                       const chunk_array<chunks_per_row>& active,
                                                       const chunk_array<chunks_per_row>& active_and_true) {
-    // Two bits an element: 0 for an inactive, 1 for a false and 2 for a true one.
+    // Two bits an element: 0 for an inactive, 1 for a false and 2 for a true one. Bytes fill two chunks with
+    // them, whose words are in order by columns if the chunks come so.
+    constexpr std::size_t by_columns[] = {0, 1, 4, 5, 2, 3, 6, 7};
     chunk_array<chunks_per_row> elements;
 #pragma GCC unroll 8
-    for (std::size_t i = 0; i < chunks_per_row; ++i)
-        elements[i] = active[i] + active_and_true[i];
-    const auto words = pack_lanes<std::make_unsigned_t<Element>, 2>(elements);
-
-    // The first and the last word that are not 0.
-    constexpr std::size_t count = words.size();
-    std::uint64_t first = words[count - 1], last = words[0], any = words[0];
-#pragma GCC unroll 4
-    for (std::size_t i = 1; i < count; ++i) {
-        first = words[count - 1 - i] != 0 ? words[count - 1 - i] : first;
-        last = words[i] != 0 ? words[i] : last;
-        any |= words[i];
+    for (std::size_t i = 0; i < chunks_per_row; ++i) {
+        const std::size_t k = sizeof(Element) == 1 ? by_columns[i] : i;
+        elements[i] = active[k] + active_and_true[k];
     }
+    const auto [first, last, any] = summarise(pack_lanes<std::make_unsigned_t<Element>, 2>(elements));
+
     constexpr std::uint64_t true_bits = 0xAAAAAAAAAAAAAAAA;
     write_predicate_flags(state, (first & -first & true_bits) != 0, (any & true_bits) == 0,
-                          std::countl_zero(last | 1) % 2 != 0);
+                          (last & true_bits) <= (last & ~true_bits));
 }
