@@ -91,7 +91,7 @@ template <int kind> struct DestructiveR {
 // Register 31 is the stack pointer.
 template <int high, int low, int kind> struct RSp {
     static aarch64_i_rsp_reg cut(const cpu_state*, unsigned int word) {
-        return {static_cast<int>(bits<high, low>(word)), kind};
+        return std::bit_cast<aarch64_i_rsp_reg>(bits<high, low>(word) | std::uint64_t{kind} << 32);
     }
 };
 

@@ -36,7 +36,7 @@ template <> struct integer_of_size<8, true> { using type = std::int64_t; };
 // Extends by the signedness of Memory, doubling the width until it is Element's. Inlined, as is `truncate`,
 // since a run would pass through memory otherwise.
 template <class Element, class Memory, int parts>
-[[gnu::always_inline]] inline run<Element, chunks_per_row> extend(const run<Memory, parts>& narrow) {
+[[gnu::always_inline]] inline auto extend(const run<Memory, parts>& narrow) {
     if constexpr (sizeof(Element) == sizeof(Memory)) {
         return narrow;
     } else {
@@ -79,10 +79,10 @@ template <class Element, class Memory> struct contiguous {
 
     static aarch64_decode_rc load(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                   std::uint64_t address) {
-        std::uint8_t* const data = state->z[zt.reg];
-        const std::uint8_t* const predicate = state->p[pg.reg];
-        if (!within_one_page<row_in_memory>(address) || !all_active<Element>(predicate))
-            return load_by_chunks(data, predicate, address);
+        std::uint8_t* const data = vector_row(state, zt.reg);
+        const activity active = activity::of(predicate_row(state, pg.reg));
+        if (!within_one_page<row_in_memory>(address) || !active.all<Element>())
+            return load_some(data, active, address);
         const memory_row loaded = memory_row::load(reinterpret_cast<const void*>(address));
         complete_before_fault();
         extend<Element>(loaded).store(data);
@@ -91,95 +91,126 @@ template <class Element, class Memory> struct contiguous {
 
     static aarch64_decode_rc store(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                    std::uint64_t address) {
-        const std::uint8_t* const data = state->z[zt.reg];
-        const std::uint8_t* const predicate = state->p[pg.reg];
-        if (!within_one_page<row_in_memory>(address) || !all_active<Element>(predicate))
-            return store_by_chunks(data, predicate, address);
+        const std::uint8_t* const data = vector_row(state, zt.reg);
+        const activity active = activity::of(predicate_row(state, pg.reg));
+        if (!within_one_page<row_in_memory>(address) || !active.all<Element>())
+            return store_some(data, active, address);
         const auto elements = run<Element, chunks_per_row>::load(data);
         truncate<Memory>(elements).store(reinterpret_cast<void*>(address));
         return aarch64_emulated;
     }
 
 private:
-    static aarch64_decode_rc load_by_chunks(std::uint8_t* data, const std::uint8_t* predicate,
-                                            std::uint64_t address) {
-        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
-            const chunk<std::uint64_t> lanes = load_chunk<std::uint64_t>(predicate, i);
-            const activity active = activity_of<Element>(lanes);
-            if (active == activity::some ||
-                (active == activity::all && !within_one_page<chunk_in_memory>(address))) {
-                load_elements(data + i * chunk_bytes, lanes, address);
-                continue;
+    // With few elements in a chunk, the tests for all chunks take no more room than a loop is worth.
+    static constexpr bool unrolled = elements_per_chunk <= 4;
+
+    // Those chunks may be accessed as a whole of which all elements are active and in one page.
+    static std::uint64_t whole_chunks(const activity& active, std::uint64_t address) {
+        std::uint64_t chunks = active.full_chunks<Element>();
+        if (!within_one_page<row_in_memory>(address)) {
+            const std::uint64_t bytes_in_page = smallest_page - address % smallest_page;
+            chunks &= ~(std::uint64_t{1} << (bytes_in_page / chunk_in_memory)); // the one that may cross
+        }
+        return chunks;
+    }
+
+    [[gnu::noinline]] static aarch64_decode_rc load_some(std::uint8_t* data, activity active,
+                                                         std::uint64_t address) {
+        const std::uint64_t whole = whole_chunks(active, address);
+        if constexpr (unrolled) {
+#pragma GCC unroll 8
+            for (int i = 0; i < chunks_per_row; ++i) {
+                if (elements_per_chunk > 2 && (whole >> i & 1))
+                    load_whole(data, address, i);
+                else
+                    load_active(data, active, address, i);
             }
-            Memory loaded[elements_per_chunk] = {};
-            if (active == activity::all)
-                std::memcpy(loaded, reinterpret_cast<const void*>(address), sizeof loaded);
-            Element extended[elements_per_chunk];
-            for (int k = 0; k < elements_per_chunk; ++k)
-                extended[k] = static_cast<Element>(loaded[k]);
-            std::memcpy(data + i * chunk_bytes, extended, chunk_bytes);
-            complete_before_fault();
+        } else {
+            const std::uint64_t nonempty = active.nonempty_chunks<Element>();
+#pragma GCC unroll 1
+            for (int i = 0; i < chunks_per_row; ++i, data += chunk_bytes, address += chunk_in_memory) {
+                if (whole >> i & 1)
+                    load_whole(data, address, 0);
+                else if (nonempty >> i & 1)
+                    load_active(data, active, address, 0);
+                else
+                    store_chunk<Element>(data, 0, chunk<Element>{});
+                complete_before_fault();
+                active.drop_chunk();
+            }
         }
         return aarch64_emulated;
     }
 
-    static aarch64_decode_rc store_by_chunks(const std::uint8_t* data, const std::uint8_t* predicate,
-                                             std::uint64_t address) {
-        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
-            const chunk<std::uint64_t> lanes = load_chunk<std::uint64_t>(predicate, i);
-            const activity active = activity_of<Element>(lanes);
-            if (active == activity::none)
-                continue;
-            if (active == activity::some || !within_one_page<chunk_in_memory>(address)) {
-                store_elements(data + i * chunk_bytes, lanes, address);
-                complete_before_fault();
-                continue;
+    [[gnu::noinline]] static aarch64_decode_rc store_some(const std::uint8_t* data, activity active,
+                                                          std::uint64_t address) {
+        const std::uint64_t whole = whole_chunks(active, address);
+        if constexpr (unrolled) {
+#pragma GCC unroll 8
+            for (int i = 0; i < chunks_per_row; ++i) {
+                if (elements_per_chunk > 2 && (whole >> i & 1))
+                    store_whole(data, address, i);
+                else
+                    store_active(data, active, address, i);
             }
-            Element stored[elements_per_chunk];
-            std::memcpy(stored, data + i * chunk_bytes, chunk_bytes);
-            Memory truncated[elements_per_chunk];
-            for (int k = 0; k < elements_per_chunk; ++k)
-                truncated[k] = static_cast<Memory>(stored[k]);
-            std::memcpy(reinterpret_cast<void*>(address), truncated, sizeof truncated);
-            complete_before_fault();
+        } else {
+            const std::uint64_t nonempty = active.nonempty_chunks<Element>();
+#pragma GCC unroll 1
+            for (int i = 0; i < chunks_per_row; ++i, data += chunk_bytes, address += chunk_in_memory) {
+                if (whole >> i & 1)
+                    store_whole(data, address, 0);
+                else if (nonempty >> i & 1)
+                    store_active(data, active, address, 0);
+                active.drop_chunk();
+            }
         }
         return aarch64_emulated;
     }
 
-    static constexpr int elements_per_half = elements_per_chunk / 2;
-
-    static bool is_active(std::uint64_t lanes, int index) {
-        return (lanes >> (8 * static_cast<int>(sizeof(Element)) * index)) & 1;
+    // Transfers of chunk i of the row.
+    static void load_whole(std::uint8_t* data, std::uint64_t address, int i) {
+        run<Memory, 1> loaded = {};
+        std::memcpy(&loaded, reinterpret_cast<const void*>(address + at(i * chunk_in_memory)),
+                    chunk_in_memory);
+        complete_before_fault();
+        store_chunk<Element>(data, i, extend<Element>(loaded).part[0]);
+        complete_before_fault();
+    }
+    static void store_whole(const std::uint8_t* data, std::uint64_t address, int i) {
+        run<Element, sizeof(Element) / sizeof(Memory)> elements = {};
+        elements.part[0] = load_chunk<Element>(data, i);
+        const run<Memory, 1> truncated = truncate<Memory>(elements);
+        std::memcpy(reinterpret_cast<void*>(address + at(i * chunk_in_memory)), &truncated, chunk_in_memory);
+        complete_before_fault();
     }
 
-    static void load_elements(std::uint8_t* elements, chunk<std::uint64_t> lanes, std::uint64_t address) {
-        for (int half = 0; half < 2; ++half) {
-#pragma GCC unroll 8
-            for (int i = 0; i < elements_per_half; ++i) {
-                Element value = 0;
-                if (is_active(lanes[half], i))
-                    value = static_cast<Element>(program_access<Memory>::read(address));
-                std::memcpy(elements, &value, sizeof value);
-                complete_before_fault();
-                elements += sizeof(Element);
-                address += sizeof(Memory);
+    // The same element by element: what is below one that faults has been done.
+    static void load_active(std::uint8_t* data, const activity& active, std::uint64_t address, int i) {
+        const auto row = reinterpret_cast<std::uint64_t>(data);
+#pragma GCC unroll 16
+        for (int k = 0; k < elements_per_chunk; ++k) {
+            const int element = i * elements_per_chunk + k;
+            if (active.element<Element>(i, k)) {
+                const auto value =
+                    program_access<Memory>::template read_as<Element>(address + at(element * sizeof(Memory)));
+                program_access<Element>::write(row + at(element * sizeof(Element)), value);
+            } else {
+                program_access<Element>::write(row + at(element * sizeof(Element)), 0);
             }
         }
     }
-
-    static void store_elements(const std::uint8_t* elements, chunk<std::uint64_t> lanes,
-                               std::uint64_t address) {
-        for (int half = 0; half < 2; ++half) {
-#pragma GCC unroll 8
-            for (int i = 0; i < elements_per_half; ++i) {
-                Element value;
-                std::memcpy(&value, elements, sizeof value);
-                if (is_active(lanes[half], i))
-                    program_access<Memory>::write(address, static_cast<Memory>(value));
-                elements += sizeof(Element);
-                address += sizeof(Memory);
-            }
+    static void store_active(const std::uint8_t* data, const activity& active, std::uint64_t address, int i) {
+#pragma GCC unroll 16
+        for (int k = 0; k < elements_per_chunk; ++k) {
+            const int element = i * elements_per_chunk + k;
+            if (active.element<Element>(i, k))
+                program_access<Memory>::write(address + at(element * sizeof(Memory)),
+                                              static_cast<Memory>(load_element<Element>(data, element)));
         }
+    }
+
+    template <class Integer> static constexpr std::uint64_t at(Integer bytes) {
+        return static_cast<std::uint64_t>(bytes);
     }
 };
 

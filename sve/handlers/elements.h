@@ -13,6 +13,10 @@
 #include <type_traits>
 #include <utility>
 
+#if defined(__aarch64__)
+#include <arm_neon.h>
+#endif
+
 inline constexpr int chunk_bytes = 16;
 inline constexpr int chunks_per_row = vector_bytes / chunk_bytes;
 
@@ -128,6 +132,15 @@ template <class Element> bool all_active(const std::uint8_t* predicate) {
     for (int i = 1; i < chunks_per_row; ++i)
         both &= load_chunk<std::uint64_t>(predicate, i);
     return (~(both[0] & both[1]) & element_lane_bits<Element>) == 0;
+}
+
+// The low 7 bits of each byte of the first chunk above the lowest bits of the second.
+inline chunk<std::uint8_t> above_lowest_bits(chunk<std::uint8_t> high, chunk<std::uint8_t> low) {
+#if defined(__aarch64__)
+    return (chunk<std::uint8_t>)vsliq_n_u8((uint8x16_t)low, (uint8x16_t)high, 1);
+#else
+    return high << 1 | (low & 1);
+#endif
 }
 
 // `active` where the mask's bits are set, `inactive` elsewhere.

@@ -30,7 +30,7 @@ template <class Element, class Memory> struct element_loads {
         complete_before_fault();
     }
     void load(int i, std::uint64_t address) const {
-        set(i, static_cast<Element>(program_access<Memory>::read(address)));
+        set(i, program_access<Memory>::template read_as<Element>(address));
     }
 };
 

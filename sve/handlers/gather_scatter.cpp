@@ -17,7 +17,7 @@ template <class Element, class Memory, class Offset, int scale> struct indexed {
         for (int i = 0; i < elements_per_row<Element>; ++i) {
             Element value = 0;
             if (element_active<Element>(predicate, i))
-                value = static_cast<Element>(program_access<Memory>::read(address(offsets, i, base)));
+                value = program_access<Memory>::template read_as<Element>(address(offsets, i, base));
             store_element(data, i, value);
             complete_before_fault();
         }

@@ -4,10 +4,6 @@
 
 #include "sve/handlers/elements.h"
 
-#if defined(__aarch64__)
-#include <arm_neon.h>
-#endif
-
 namespace host_shifts {
 
 template <class Element> inline constexpr Element width = sizeof(Element) * 8;

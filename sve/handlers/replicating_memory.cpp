@@ -18,7 +18,7 @@ aarch64_decode_rc load_replicated(cpu_state* state, aarch64_z_reg zt, aarch64_p_
         return aarch64_emulated;
     complete_before_fault();
     // Once for all elements: reading the same place again could fault no more.
-    const auto value = static_cast<Element>(program_access<Memory>::read(address));
+    const auto value = program_access<Memory>::template read_as<Element>(address);
     return compute_row<Element>(
         data, [&](int i) { return active_lanes<Element>(predicate, i) & broadcast<Element>(value); });
 }

@@ -8,51 +8,24 @@ namespace {
 
 template <class Element, int registers> struct structured {
     static constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
-    static constexpr int record_bytes = registers * static_cast<int>(sizeof(Element));
     static constexpr int chunk_in_memory = registers * chunk_bytes;
     static constexpr int all_in_memory = registers * vector_bytes;
 
     static aarch64_decode_rc load(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                   std::uint64_t address) {
-        const register_group group(state, zt);
-        const std::uint8_t* const predicate = state->p[pg.reg];
-        if (within_one_page<all_in_memory>(address) && all_active<Element>(predicate)) {
-            load_whole<elements_per_row<Element>>(group, 0, address);
-            return aarch64_emulated;
-        }
-        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
-            const activity active = activity_of<Element>(load_chunk<std::uint64_t>(predicate, i));
-            if (active == activity::none) {
-                for (std::uint8_t* const row : group.row)
-                    std::memset(row + i * chunk_bytes, 0, chunk_bytes);
-            } else if (active == activity::all && within_one_page<chunk_in_memory>(address)) {
-                load_whole<elements_per_chunk>(group, i * chunk_bytes, address);
-            } else {
-                load_active(group, i * elements_per_chunk, predicate, address);
-            }
-            complete_before_fault();
-        }
+        const activity active = activity::of(predicate_row(state, pg.reg));
+        if (!within_one_page<all_in_memory>(address) || !active.all<Element>())
+            return load_some(state, zt, active, address);
+        load_whole<elements_per_row<Element>>(register_group(state, zt), address);
         return aarch64_emulated;
     }
 
     static aarch64_decode_rc store(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                    std::uint64_t address) {
-        const register_group group(state, zt);
-        const std::uint8_t* const predicate = state->p[pg.reg];
-        if (within_one_page<all_in_memory>(address) && all_active<Element>(predicate)) {
-            store_whole<elements_per_row<Element>>(group, 0, address);
-            return aarch64_emulated;
-        }
-        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
-            const activity active = activity_of<Element>(load_chunk<std::uint64_t>(predicate, i));
-            if (active == activity::none)
-                continue;
-            if (active == activity::all && within_one_page<chunk_in_memory>(address))
-                store_whole<elements_per_chunk>(group, i * chunk_bytes, address);
-            else
-                store_active(group, i * elements_per_chunk, predicate, address);
-            complete_before_fault();
-        }
+        const activity active = activity::of(predicate_row(state, pg.reg));
+        if (!within_one_page<all_in_memory>(address) || !active.all<Element>())
+            return store_some(state, zt, active, address);
+        store_whole<elements_per_row<Element>>(register_group(state, zt), address);
         return aarch64_emulated;
     }
 
@@ -61,8 +34,21 @@ private:
         std::uint8_t* row[registers];
 
         register_group(cpu_state* state, aarch64_z_reg zt) {
+#pragma GCC unroll 4
             for (int k = 0; k < registers; ++k)
                 row[k] = state->z[(zt.reg + k) & 31];
+        }
+        // Done before the next access faults.
+        void set(int k, int index, Element value) const {
+            program_access<Element>::write(reinterpret_cast<std::uint64_t>(row[k]) +
+                                               static_cast<std::uint64_t>(index) * sizeof(Element),
+                                           value);
+        }
+        // Makes chunk 1 the first, and so on.
+        void drop_chunk() {
+#pragma GCC unroll 4
+            for (int k = 0; k < registers; ++k)
+                row[k] += chunk_bytes;
         }
     };
 
@@ -71,12 +57,11 @@ private:
     // An element at any alignment.
     using unaligned __attribute__((aligned(1), may_alias)) = Element;
 
-    // Transfers of all of so many records, from an offset in the rows. Plain loops over what is known not to
+    // Transfers of all of so many records. Plain loops over what is known not to
     // overlap, since the compiler makes the host's own structured loads and stores of them.
-    template <int elements>
-    static void load_whole(const register_group& group, int offset, std::uint64_t address) {
+    template <int elements> static void load_whole(const register_group& group, std::uint64_t address) {
         [&]<int... k>(std::integer_sequence<int, k...>) {
-            load_records<elements>(reinterpret_cast<const std::uint8_t*>(address), group.row[k] + offset...);
+            load_records<elements>(reinterpret_cast<const std::uint8_t*>(address), group.row[k]...);
         }
         (every_register());
     }
@@ -88,10 +73,9 @@ private:
         }
     }
 
-    template <int elements>
-    static void store_whole(const register_group& group, int offset, std::uint64_t address) {
+    template <int elements> static void store_whole(const register_group& group, std::uint64_t address) {
         [&]<int... k>(std::integer_sequence<int, k...>) {
-            store_records<elements>(reinterpret_cast<std::uint8_t*>(address), group.row[k] + offset...);
+            store_records<elements>(reinterpret_cast<std::uint8_t*>(address), group.row[k]...);
         }
         (every_register());
     }
@@ -103,30 +87,96 @@ private:
         }
     }
 
-    // One chunk, element by element.
-    static void load_active(const register_group& group, int first, const std::uint8_t* predicate,
-                            std::uint64_t address) {
-        for (int i = first; i < first + elements_per_chunk; ++i) {
-            const bool active = element_active<Element>(predicate, i);
+    // With few elements in a chunk, the tests for all chunks take no more room than a loop is worth.
+    static constexpr bool unrolled = elements_per_chunk <= 2;
+
+    [[gnu::noinline]] static aarch64_decode_rc load_some(cpu_state* state, aarch64_z_reg zt, activity active,
+                                                         std::uint64_t address) {
+        register_group group(state, zt);
+        if constexpr (unrolled) {
+#pragma GCC unroll 8
+            for (int i = 0; i < chunks_per_row; ++i)
+                load_active(group, active, address, i);
+            return aarch64_emulated;
+        }
+        const std::uint64_t full = active.full_chunks<Element>(),
+                            nonempty = active.nonempty_chunks<Element>();
+#pragma GCC unroll 1
+        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
+            if ((full >> i & 1) && within_one_page<chunk_in_memory>(address)) {
+                load_whole<elements_per_chunk>(group, address);
+            } else if (nonempty >> i & 1) {
+                load_active(group, active, address, 0);
+            } else {
 #pragma GCC unroll 4
-            for (int k = 0; k < registers; ++k, address += sizeof(Element)) {
-                const Element value = active ? program_access<Element>::read(address) : Element{0};
-                store_element(group.row[k], i, value);
-                complete_before_fault();
+                for (int k = 0; k < registers; ++k)
+                    store_chunk<Element>(group.row[k], 0, chunk<Element>{});
+            }
+            complete_before_fault();
+            active.drop_chunk();
+            group.drop_chunk();
+        }
+        return aarch64_emulated;
+    }
+
+    [[gnu::noinline]] static aarch64_decode_rc store_some(cpu_state* state, aarch64_z_reg zt, activity active,
+                                                          std::uint64_t address) {
+        register_group group(state, zt);
+        if constexpr (unrolled) {
+#pragma GCC unroll 8
+            for (int i = 0; i < chunks_per_row; ++i)
+                store_active(group, active, address, i);
+            return aarch64_emulated;
+        }
+        const std::uint64_t full = active.full_chunks<Element>(),
+                            nonempty = active.nonempty_chunks<Element>();
+#pragma GCC unroll 1
+        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
+            if ((full >> i & 1) && within_one_page<chunk_in_memory>(address))
+                store_whole<elements_per_chunk>(group, address);
+            else if (nonempty >> i & 1)
+                store_active(group, active, address, 0);
+            complete_before_fault();
+            active.drop_chunk();
+            group.drop_chunk();
+        }
+        return aarch64_emulated;
+    }
+
+    // Chunk i, element by element.
+    static void load_active(const register_group& group, const activity& active, std::uint64_t address,
+                            int i) {
+#pragma GCC unroll 16
+        for (int element = 0; element < elements_per_chunk; ++element) {
+            const int index = i * elements_per_chunk + element;
+            if (active.element<Element>(i, element)) {
+#pragma GCC unroll 4
+                for (int k = 0; k < registers; ++k)
+                    group.set(k, index, program_access<Element>::read(address_of(address, index, k)));
+            } else {
+#pragma GCC unroll 4
+                for (int k = 0; k < registers; ++k)
+                    group.set(k, index, 0);
             }
         }
     }
 
-    static void store_active(const register_group& group, int first, const std::uint8_t* predicate,
-                             std::uint64_t address) {
-        for (int i = first; i < first + elements_per_chunk; ++i, address += record_bytes) {
-            if (!element_active<Element>(predicate, i))
+    static void store_active(const register_group& group, const activity& active, std::uint64_t address,
+                             int i) {
+#pragma GCC unroll 16
+        for (int element = 0; element < elements_per_chunk; ++element) {
+            const int index = i * elements_per_chunk + element;
+            if (!active.element<Element>(i, element))
                 continue;
 #pragma GCC unroll 4
             for (int k = 0; k < registers; ++k)
-                program_access<Element>::write(address + static_cast<std::uint64_t>(k) * sizeof(Element),
-                                               load_element<Element>(group.row[k], i));
+                program_access<Element>::write(address_of(address, index, k),
+                                               load_element<Element>(group.row[k], index));
         }
+    }
+
+    static std::uint64_t address_of(std::uint64_t record, int index, int k) {
+        return record + static_cast<std::uint64_t>(index * registers + k) * sizeof(Element);
     }
 };
 
