@@ -1,27 +1,43 @@
 #include "sve/library/first_fault_loads.h"
 
 #include "sve/library/element_addresses.h"
-#include "sve/library/element_loops.h"
+#include "sve/library/guarded_access.h"
 #include "sve/library/memory_access.h"
 
 namespace {
 
-// Extends by the signedness of Memory.
+// Loads the active elements up to the first that cannot be read, and returns that one's index, or the number
+// of elements. One guard serves for all: what it costs is a system call, which saves the signal mask. Extends
+// by the signedness of Memory.
+template <class Element, class Memory, class Address>
+[[gnu::noinline]] int load_readable(VecV& result, const PredV& pg, const Address& address_of,
+                                    const CpuContext* context) {
+    volatile int attempted = 0; // in memory, where a return to the guard finds it
+    if (sigsetjmp(sveFaultJB, 1) != 0)
+        return attempted;
+    for_each_activity<Element>(pg, context, [&](int i, bool active) {
+        Element value = 0;
+        if (active) {
+            attempted = i;
+            const std::uint64_t address = address_of(i);
+            touch_guarded<Memory>(address);
+            value = read_memory<Element, Memory>(address);
+        }
+        set_element(result, i, value);
+    });
+    return element_count<Element>(context);
+}
+
 template <class Element, class Memory, class Address>
 VecV load_until_fault(const PredV& pg, Address address_of, CpuContext* context) {
-    bool fault = false;
-    int earlier_reads = 0; // none, or some
-    return for_each_element<Element>(context, [&](int i) -> Element {
-        Memory value = 0;
-        if (is_active<Element>(pg, i) && !fault) {
-            value = read_memory<Memory>(address_of(i), earlier_reads, &fault, context);
-            earlier_reads = 1;
-        }
-        if (!fault)
-            return static_cast<Element>(value);
+    VecV result;
+    const int count = element_count<Element>(context);
+    const int readable = load_readable<Element, Memory>(result, pg, address_of, context);
+    for (int i = readable; i < count; ++i) {
+        set_element<Element>(result, i, 0);
         set_predicate_element<Element>(context->ffr, i, false);
-        return 0;
-    });
+    }
+    return result;
 }
 
 } // namespace

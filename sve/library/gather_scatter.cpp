@@ -8,20 +8,20 @@ namespace {
 
 // Extends by the signedness of Memory.
 template <class Element, class Memory, class Address>
-VecV gather(const PredV& pg, Address address_of, CpuContext* context) {
-    return for_each_element<Element>(context, [&](int i) -> Element {
-        if (!is_active<Element>(pg, i))
-            return 0;
-        return static_cast<Element>(read_memory<Memory>(address_of(i), 0, nullptr, context));
+VecV gather(const PredV& pg, Address address_of, const CpuContext* context) {
+    VecV result;
+    for_each_activity<Element>(pg, context, [&](int i, bool active) {
+        set_element<Element>(result, i, active ? read_memory<Element, Memory>(address_of(i)) : Element{0});
     });
+    return result;
 }
 
 template <class Element, class Memory, class Address>
-void scatter(const VecV& data, const PredV& pg, Address address_of, CpuContext* context) {
-    const int count = element_count<Element>(context);
-    for (int i = 0; i < count; ++i)
-        if (is_active<Element>(pg, i))
-            write_memory<Memory>(get_element<Element>(data, i), address_of(i), context);
+void scatter(const VecV& data, const PredV& pg, Address address_of, const CpuContext* context) {
+    for_each_activity<Element>(pg, context, [&](int i, bool active) {
+        if (active)
+            write_memory<Memory>(get_element<Element>(data, i), address_of(i));
+    });
 }
 
 } // namespace

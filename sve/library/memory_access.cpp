@@ -1,21 +1,15 @@
 #include "sve/library/memory_access.h"
 
-#include "sve/client/fault_trapping.h"
-#include "sve/client/host_fault.h"
-#include "sve/decode/program_access.h"
+#include "sve/library/guarded_access.h"
 
 namespace {
 
-// Both ends are touched, because a value may straddle the end of a page.
 template <class Value> Value read_guarded(unsigned long address, bool* fault) {
     if (sigsetjmp(sveFaultJB, 1) != 0) {
         *fault = true;
         return 0;
     }
-    SVEFaultRegion = 1;
-    load_and_drop(address);
-    load_and_drop(address + sizeof(Value) - 1);
-    SVEFaultRegion = 0;
+    touch_guarded<Value>(address);
     return program_access<Value>::read(address);
 }
 

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "sve/decode/library_values.h"
+#include "sve/decode/program_access.h"
 
 #include <cstdint>
-#include <type_traits>
 
 // The host's page size in bytes, set when the library is loaded.
 extern std::uint32_t page_size;
@@ -32,28 +32,28 @@ unsigned long ReadMemSim(unsigned long address, int, int, bool* fault, bool, Cpu
 void WriteMem(unsigned long value, unsigned long address, int, CpuContext* context);
 void WriteMemSim(unsigned long value, unsigned long address, int, bool, CpuContext* context);
 
-// ReadMemLib and WriteMemLib of the type's size.
-template <class Memory>
-inline Memory read_memory(std::uint64_t address, int ignored, bool* fault, CpuContext* context) {
-    static_assert(std::is_integral_v<Memory> && sizeof(Memory) <= 8);
-    if constexpr (sizeof(Memory) == 1)
-        return static_cast<Memory>(ReadMemLib1(address, ignored, fault, context));
-    else if constexpr (sizeof(Memory) == 2)
-        return static_cast<Memory>(ReadMemLib2(address, ignored, fault, context));
-    else if constexpr (sizeof(Memory) == 4)
-        return static_cast<Memory>(ReadMemLib4(address, ignored, fault, context));
-    else
-        return static_cast<Memory>(ReadMemLib8(address, ignored, fault, context));
+// What ReadMemLib with a null `fault` and WriteMemLib do, for the type's size and without a call. A value
+// read is extended by the signedness of Memory.
+template <class Element, class Memory> inline Element read_memory(std::uint64_t address) {
+    return program_access<Memory>::template read_as<Element>(address);
+}
+template <class Memory> inline void write_memory(std::uint64_t value, std::uint64_t address) {
+    program_access<Memory>::write(address, static_cast<Memory>(value));
 }
 
-template <class Memory>
-inline void write_memory(std::uint64_t value, std::uint64_t address, CpuContext* context) {
-    if constexpr (sizeof(Memory) == 1)
-        WriteMemLib1(static_cast<std::uint8_t>(value), address, context);
-    else if constexpr (sizeof(Memory) == 2)
-        WriteMemLib2(static_cast<std::uint16_t>(value), address, context);
-    else if constexpr (sizeof(Memory) == 4)
-        WriteMemLib4(static_cast<std::uint32_t>(value), address, context);
-    else
-        WriteMemLib8(value, address, context);
+// Calls `body` with the index of every element and whether it is active, in ascending order. Where the vector
+// length is no multiple of 64 bytes, inactive elements beyond it may follow.
+template <class Element, class Body>
+[[gnu::always_inline]] inline void for_each_activity(const PredV& pg, const CpuContext* context, Body body) {
+    constexpr int together = 8;
+    const int count = element_count<Element>(context);
+    for (int first = 0; first < count; first += together) {
+        const unsigned bit = static_cast<unsigned>(first) * sizeof(Element);
+        std::uint64_t active = pg.words[bit / 64] >> (bit % 64);
+        if (count - first < together)
+            active &= (std::uint64_t{1} << ((count - first) * sizeof(Element))) - 1;
+#pragma GCC unroll 8
+        for (int k = 0; k < together; ++k)
+            body(first + k, static_cast<std::int64_t>(active << (63 - k * sizeof(Element))) < 0);
+    }
 }

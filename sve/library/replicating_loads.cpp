@@ -11,7 +11,7 @@ template <class Element> VecV replicate_block(const PredV& pg, std::uint64_t add
     Element block[elements] = {};
     for (int i = 0; i < elements; ++i, address += sizeof(Element))
         if (is_active<Element>(pg, i))
-            block[i] = read_memory<Element>(address, 0, nullptr, context);
+            block[i] = read_memory<Element, Element>(address);
     VecV result;
     for (int start = 0; start < vector_length(context) * 8; start += block_bytes)
         std::memcpy(result.bytes + start, block, block_bytes);
