@@ -34,18 +34,35 @@ template <class Element, class Memory> struct element_loads {
     }
 };
 
-template <class Element, class Memory>
+// Nothing can be read: inactive elements become 0, active ones keep their contents and lose their FFR lanes.
+template <class Element>
+aarch64_decode_rc fail_active_elements(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg) {
+    std::uint8_t* const data = vector_row(state, zt.reg);
+    const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+#pragma GCC unroll 2
+    for (int i = 0; i < chunks_per_row; ++i) {
+        const auto active = active_lanes<Element>(predicate, i);
+        store_chunk<Element>(data, i, load_chunk<Element>(data, i) & active);
+        store_chunk<Element>(state->ffr, i, load_chunk<Element>(state->ffr, i) & ~active);
+    }
+    return aarch64_emulated;
+}
+
+template <class Element, class Memory, contiguous_immediate_handler* plain_load>
 aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg, aarch64_i_rsp_reg rn,
                                  int imm4) {
     constexpr int count = elements_per_row<Element>;
     constexpr int element_bytes = static_cast<int>(sizeof(Element));
     constexpr int memory_bytes = static_cast<int>(sizeof(Memory));
-    const element_loads<Element, Memory> elements(state, zt, pg);
     std::uint64_t address =
         read_register(state, rn) + static_cast<std::uint64_t>(imm4 * count * memory_bytes);
 
     bool readable = is_readable(address);
     std::int32_t probed_offset = offset_in_page(address);
+    if (probed_offset <= static_cast<std::int32_t>(page_size) - count * memory_bytes)
+        return readable ? plain_load(state, zt, pg, rn, imm4) : fail_active_elements<Element>(state, zt, pg);
+
+    const element_loads<Element, Memory> elements(state, zt, pg);
     for (int i = 0; i < count; ++i, address += sizeof(Memory)) {
         if (!elements.is_active(i)) {
             elements.set(i, 0);
@@ -53,7 +70,7 @@ aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_r
         }
         // Offsets grow until a page ends.
         const std::int32_t offset = offset_in_page(address);
-        if (offset <= probed_offset) {
+        if (offset < probed_offset) {
             readable = is_readable(address);
             probed_offset = offset;
         }
@@ -92,10 +109,10 @@ aarch64_decode_rc load_first_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p
 } // namespace
 
 // Macros, since only they can make the names.
-#define NON_FAULT_HANDLER(name, element, memory)                                                             \
+#define NON_FAULT_HANDLER(name, element, memory, plain)                                                      \
     aarch64_decode_rc name##_zpri(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,                      \
                                   aarch64_i_rsp_reg rn, int imm4) {                                          \
-        return load_non_fault<element, memory>(state, zt, pg, rn, imm4);                                     \
+        return load_non_fault<element, memory, plain##_zpri>(state, zt, pg, rn, imm4);                       \
     }
 #define FIRST_FAULT_HANDLER(name, element, memory, plain)                                                    \
     aarch64_decode_rc name##_scaled_zprr(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,               \
@@ -103,22 +120,22 @@ aarch64_decode_rc load_first_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p
         return load_first_fault<element, memory, plain##_scaled_zprr>(state, zt, pg, rn, rm);                \
     }
 
-NON_FAULT_HANDLER(sve_ldnf1b, std::uint8_t, std::uint8_t)
-NON_FAULT_HANDLER(sve_ldnf1b_h, std::uint16_t, std::uint8_t)
-NON_FAULT_HANDLER(sve_ldnf1b_s, std::uint32_t, std::uint8_t)
-NON_FAULT_HANDLER(sve_ldnf1b_d, std::uint64_t, std::uint8_t)
-NON_FAULT_HANDLER(sve_ldnf1sb_h, std::int16_t, std::int8_t)
-NON_FAULT_HANDLER(sve_ldnf1sb_s, std::int32_t, std::int8_t)
-NON_FAULT_HANDLER(sve_ldnf1sb_d, std::int64_t, std::int8_t)
-NON_FAULT_HANDLER(sve_ldnf1h, std::uint16_t, std::uint16_t)
-NON_FAULT_HANDLER(sve_ldnf1h_s, std::uint32_t, std::uint16_t)
-NON_FAULT_HANDLER(sve_ldnf1h_d, std::uint64_t, std::uint16_t)
-NON_FAULT_HANDLER(sve_ldnf1sh_s, std::int32_t, std::int16_t)
-NON_FAULT_HANDLER(sve_ldnf1sh_d, std::int64_t, std::int16_t)
-NON_FAULT_HANDLER(sve_ldnf1w, std::uint32_t, std::uint32_t)
-NON_FAULT_HANDLER(sve_ldnf1w_d, std::uint64_t, std::uint32_t)
-NON_FAULT_HANDLER(sve_ldnf1sw_d, std::int64_t, std::int32_t)
-NON_FAULT_HANDLER(sve_ldnf1d, std::uint64_t, std::uint64_t)
+NON_FAULT_HANDLER(sve_ldnf1b, std::uint8_t, std::uint8_t, sve_ld1b)
+NON_FAULT_HANDLER(sve_ldnf1b_h, std::uint16_t, std::uint8_t, sve_ld1b_h)
+NON_FAULT_HANDLER(sve_ldnf1b_s, std::uint32_t, std::uint8_t, sve_ld1b_s)
+NON_FAULT_HANDLER(sve_ldnf1b_d, std::uint64_t, std::uint8_t, sve_ld1b_d)
+NON_FAULT_HANDLER(sve_ldnf1sb_h, std::int16_t, std::int8_t, sve_ld1sb_h)
+NON_FAULT_HANDLER(sve_ldnf1sb_s, std::int32_t, std::int8_t, sve_ld1sb_s)
+NON_FAULT_HANDLER(sve_ldnf1sb_d, std::int64_t, std::int8_t, sve_ld1sb_d)
+NON_FAULT_HANDLER(sve_ldnf1h, std::uint16_t, std::uint16_t, sve_ld1h)
+NON_FAULT_HANDLER(sve_ldnf1h_s, std::uint32_t, std::uint16_t, sve_ld1h_s)
+NON_FAULT_HANDLER(sve_ldnf1h_d, std::uint64_t, std::uint16_t, sve_ld1h_d)
+NON_FAULT_HANDLER(sve_ldnf1sh_s, std::int32_t, std::int16_t, sve_ld1sh_s)
+NON_FAULT_HANDLER(sve_ldnf1sh_d, std::int64_t, std::int16_t, sve_ld1sh_d)
+NON_FAULT_HANDLER(sve_ldnf1w, std::uint32_t, std::uint32_t, sve_ld1w)
+NON_FAULT_HANDLER(sve_ldnf1w_d, std::uint64_t, std::uint32_t, sve_ld1w_d)
+NON_FAULT_HANDLER(sve_ldnf1sw_d, std::int64_t, std::int32_t, sve_ld1sw_d)
+NON_FAULT_HANDLER(sve_ldnf1d, std::uint64_t, std::uint64_t, sve_ld1d)
 
 FIRST_FAULT_HANDLER(sve_ldff1b, std::uint8_t, std::uint8_t, sve_ld1b)
 FIRST_FAULT_HANDLER(sve_ldff1b_h, std::uint16_t, std::uint8_t, sve_ld1b_h)
