@@ -39,7 +39,8 @@ bench: configure-$(AARCH64)
 	cmake --preset $(AARCH64) -DOSTREL_BENCHMARKS=ON
 	cmake --build --preset $(AARCH64) --target stub_cost_table
 	cmake --preset bench
-	cmake --build --preset bench --target fp_kernels
+	cmake --build --preset bench --target fp_kernels stub_times
+	build/bench/bin/stub_times
 	build/bench/bin/fp_kernels
 
 # What every opcode does, against a processor with 1024-bit SVE: SEED=, ITERATIONS= (states for each opcode), FILTER=.

@@ -15,6 +15,8 @@ class kernel_fp {
 public:
     explicit kernel_fp(cpu_state* state) : state(state) {}
 
+    static constexpr bool takes_vectors = false;
+
     template <class Bits> Bits fadd(Bits a, Bits b) const { return call_fp_kernel(state, FPAdd<Bits>, a, b); }
     template <class Bits> Bits fsub(Bits a, Bits b) const { return call_fp_kernel(state, FPSub<Bits>, a, b); }
     template <class Bits> Bits fmul(Bits a, Bits b) const { return call_fp_kernel(state, FPMul<Bits>, a, b); }

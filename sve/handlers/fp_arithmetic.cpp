@@ -5,7 +5,7 @@
 
 namespace {
 
-// Operations on single elements.
+// Operations on elements or chunks.
 constexpr auto add = [](host_fp fp, auto a, auto b) { return fp.fadd(a, b); };
 constexpr auto subtract = [](host_fp fp, auto a, auto b) { return fp.fsub(a, b); };
 constexpr auto subtract_reversed = [](host_fp fp, auto a, auto b) { return fp.fsub(b, a); };
@@ -16,15 +16,15 @@ constexpr auto maximum = [](host_fp fp, auto a, auto b) { return fp.fmax(a, b); 
 constexpr auto maximum_number = [](host_fp fp, auto a, auto b) { return fp.fmaxnm(a, b); };
 constexpr auto minimum_number = [](host_fp fp, auto a, auto b) { return fp.fminnm(a, b); };
 
-template <class Operation>
+template <idle_operands idle = idle_operands::zero, class Operation>
 aarch64_decode_rc predicated(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                              Operation operation) {
     return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_active_elements<element>(
-            state->z[zdn.reg], state->p[pg.reg],
-            [fp = host_fp(state), operation](element a, element b) { return operation(fp, a, b); },
-            state->z[zdn.reg], state->z[zm.reg]);
+        std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
+        return compute_active_fp<decltype(zero), idle>(
+            row_bytes, predicate_row(state, pg.reg),
+            [fp = host_fp(state), operation](auto a, auto b) { return operation(fp, a, b); }, row_bytes,
+            vector_row(state, zm.reg));
     });
 }
 
@@ -35,10 +35,13 @@ aarch64_decode_rc with_constant(cpu_state* state, aarch64_z_reg zdn, aarch64_p_r
     return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
         using element = decltype(zero);
         const element constant = FPFormat<element>::power_of_two(imm.i1 ? set : clear);
-        return compute_active_elements<element>(
-            state->z[zdn.reg], state->p[pg.reg],
-            [fp = host_fp(state), operation, constant](element a) { return operation(fp, a, constant); },
-            state->z[zdn.reg]);
+        std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
+        return compute_active_fp<element>(
+            row_bytes, predicate_row(state, pg.reg),
+            [fp = host_fp(state), operation, constant](auto a) {
+                return operation(fp, a, decltype(a){} + constant);
+            },
+            row_bytes);
     });
 }
 
@@ -47,10 +50,10 @@ aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg
                                Operation operation) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_elements<element>(
-            state->z[zd.reg],
-            [fp = host_fp(state), operation](element a, element b) { return operation(fp, a, b); },
-            state->z[zn.reg], state->z[zm.reg]);
+        return compute_fp<element>(
+            vector_row(state, zd.reg),
+            [fp = host_fp(state), operation](auto a, auto b) { return operation(fp, a, b); },
+            vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
 
@@ -69,10 +72,10 @@ aarch64_decode_rc sve_fmul_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_re
     return predicated(state, zdn, pg, zm, multiply);
 }
 aarch64_decode_rc sve_fdiv_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, divide);
+    return predicated<idle_operands::one>(state, zdn, pg, zm, divide);
 }
 aarch64_decode_rc sve_fdivr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, divide_reversed);
+    return predicated<idle_operands::one>(state, zdn, pg, zm, divide_reversed);
 }
 aarch64_decode_rc sve_fmax_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
     return predicated(state, zdn, pg, zm, maximum);
@@ -114,11 +117,14 @@ aarch64_decode_rc sve_fmul_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg
 aarch64_decode_rc sve_fneg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_row<element>(state->z[zd.reg], [&](int i) {
-            const chunk<element> value = load_chunk<element>(state->z[zn.reg], i);
-            return blend<element>(active_lanes<element>(state->p[pg.reg], i),
+        std::uint8_t* const row_bytes = vector_row(state, zd.reg);
+        const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+        const std::uint8_t* const source = vector_row(state, zn.reg);
+        return compute_lanes<element>(row_bytes, [&](int i) {
+            const chunk<element> value = load_chunk<element>(source, i);
+            return blend<element>(active_lanes<element>(predicate, i),
                                   value ^ broadcast(FPFormat<element>::sign_bit),
-                                  load_chunk<element>(state->z[zd.reg], i));
+                                  load_chunk<element>(row_bytes, i));
         });
     });
 }
@@ -126,14 +132,14 @@ aarch64_decode_rc sve_fneg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg
 aarch64_decode_rc sve_fsqrt_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_active_elements<element>(
-            state->z[zd.reg], state->p[pg.reg], [fp = host_fp(state)](element a) { return fp.fsqrt(a); },
-            state->z[zn.reg]);
+        return compute_active_fp<element>(
+            vector_row(state, zd.reg), predicate_row(state, pg.reg),
+            [fp = host_fp(state)](auto a) { return fp.fsqrt(a); }, vector_row(state, zn.reg));
     });
 }
 
 aarch64_decode_rc sve_fdup_zi(cpu_state* state, aarch64_z_reg zd, aarch64_sve_fp_dup_imm imm) {
-    const auto fill = [row = state->z[zd.reg]](auto value) {
+    const auto fill = [row = vector_row(state, zd.reg)](auto value) {
         return compute_row<decltype(value)>(row, [&](int) { return broadcast(value); });
     };
     switch (zd.kind) {

@@ -4,9 +4,16 @@
 
 namespace {
 
-// Comparisons of single elements.
+constexpr auto complement = []<class Result>(Result holds) {
+    if constexpr (std::is_same_v<Result, bool>)
+        return !holds;
+    else
+        return ~holds;
+};
+
+// Comparisons of elements or chunks.
 constexpr auto equal = [](host_fp fp, auto a, auto b) { return fp.fcmeq(a, b); };
-constexpr auto not_equal = [](host_fp fp, auto a, auto b) { return !fp.fcmeq(a, b); };
+constexpr auto not_equal = [](host_fp fp, auto a, auto b) { return complement(fp.fcmeq(a, b)); };
 constexpr auto greater_or_equal = [](host_fp fp, auto a, auto b) { return fp.fcmge(a, b); };
 constexpr auto greater = [](host_fp fp, auto a, auto b) { return fp.fcmgt(a, b); };
 constexpr auto unordered = [](host_fp fp, auto a, auto b) { return fp.fcmuo(a, b); };
@@ -18,10 +25,10 @@ aarch64_decode_rc compare_vectors(cpu_state* state, aarch64_p_reg pd, aarch64_p_
                                   aarch64_z_reg zm, Compare compare) {
     return dispatch_fp_elements(pd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compare_active_elements<element>(
-            state->p[pd.reg], state->p[pg.reg],
-            [fp = host_fp(state), compare](element a, element b) { return compare(fp, a, b); },
-            state->z[zn.reg], state->z[zm.reg]);
+        return compare_active_fp<element>(
+            predicate_row(state, pd.reg), predicate_row(state, pg.reg),
+            [fp = host_fp(state), compare](auto a, auto b) { return compare(fp, a, b); },
+            vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
 
@@ -30,10 +37,10 @@ aarch64_decode_rc compare_with_zero(cpu_state* state, aarch64_p_reg pd, aarch64_
                                     Compare compare) {
     return dispatch_fp_elements(pd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compare_active_elements<element>(
-            state->p[pd.reg], state->p[pg.reg],
-            [fp = host_fp(state), compare](element a) { return compare(fp, a, element{0}); },
-            state->z[zn.reg]);
+        return compare_active_fp<element>(
+            predicate_row(state, pd.reg), predicate_row(state, pg.reg),
+            [fp = host_fp(state), compare](auto a) { return compare(fp, a, decltype(a){}); },
+            vector_row(state, zn.reg));
     });
 }
 

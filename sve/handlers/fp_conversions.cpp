@@ -9,7 +9,7 @@ template <class Integer, class Bits>
 aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     using element = std::conditional_t<sizeof(Integer) == 4, Bits, std::make_unsigned_t<Integer>>;
     return compute_active_elements<element>(
-        state->z[zd.reg], state->p[pg.reg],
+        vector_row(state, zd.reg), predicate_row(state, pg.reg),
         [fp = host_fp(state)](element value) -> element {
             const auto integer = static_cast<Integer>(value);
             if constexpr (std::is_signed_v<Integer>)
@@ -17,7 +17,7 @@ aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, 
             else
                 return fp.template ucvtf<Bits>(integer);
         },
-        state->z[zn.reg]);
+        vector_row(state, zn.reg));
 }
 
 } // namespace
@@ -25,9 +25,9 @@ aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, 
 aarch64_decode_rc sve_frinta_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_active_elements<element>(
-            state->z[zd.reg], state->p[pg.reg], [fp = host_fp(state)](element a) { return fp.frinta(a); },
-            state->z[zn.reg]);
+        return compute_active_fp<element>(
+            vector_row(state, zd.reg), predicate_row(state, pg.reg),
+            [fp = host_fp(state)](auto a) { return fp.frinta(a); }, vector_row(state, zn.reg));
     });
 }
 

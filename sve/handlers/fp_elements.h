@@ -1,12 +1,15 @@
-// The loops of the floating-point handlers: one scalar operation for each active element of a row, none for
-// an inactive one.
+// The loops of the floating-point handlers: one operation for each active element of a row, and none that
+// could raise anything for an inactive one.
 //
 // Element i of a result depends on element i of the operands alone, and these are loaded before it is stored.
 // So the destination may be any of the operands, or the governing predicate.
 #pragma once
 
+#include "sve/fp/fp_formats.h"
 #include "sve/fp/host_fp.h"
 #include "sve/handlers/elements.h"
+
+#include <tuple>
 
 // Calls `body` with a value of the type that holds an element's bits: doublewords or, for any other code,
 // words.
@@ -62,12 +65,84 @@ compute_active_elements(std::uint8_t* destination, const std::uint8_t* pg, Opera
         destination, pg, operation, [](int) {}, sources...);
 }
 
-// destination[i], as a whole element, = whether element i is active and compare(sources[i]...) holds.
+// compute_lanes in two steps: compute(load(i)) is chunk i, and both chunks of a pair are loaded before either
+// is computed. The compiler does not itself move loads over operations of host_fp, and they would not pair.
+template <class Element, class Load, class Compute>
+[[gnu::always_inline]] inline aarch64_decode_rc compute_loaded_lanes(std::uint8_t* destination, Load load,
+                                                                     Compute compute) {
+#pragma GCC unroll 4
+    for (int i = 0; i < chunks_per_row; i += 2) {
+        const auto even = load(i);
+        const auto odd = load(i + 1);
+        const chunk<Element> even_result = std::apply(compute, even);
+        const chunk<Element> odd_result = std::apply(compute, odd);
+        store_chunk<Element>(destination, i, even_result);
+        store_chunk<Element>(destination, i + 1, odd_result);
+    }
+    return aarch64_emulated;
+}
+
+// compute_elements for an operation of host_fp: on chunks where it takes them.
+template <class Element, class Operation, class... Rows>
+[[gnu::always_inline]] inline aarch64_decode_rc compute_fp(std::uint8_t* destination, Operation operation,
+                                                           const Rows*... sources) {
+    if constexpr (host_fp::takes_vectors)
+        return compute_loaded_lanes<Element>(
+            destination, [&](int i) { return std::tuple(load_chunk<Element>(sources, i)...); }, operation);
+    else
+        return compute_elements<Element>(destination, operation, sources...);
+}
+
+// What inactive elements are computed on, so that they raise nothing: 0 or, in divisions, 1.
+enum class idle_operands { zero, one };
+
+template <class Element, idle_operands idle>
+inline chunk<Element> keep_active(chunk<Element> active, chunk<Element> operands) {
+    if constexpr (idle == idle_operands::zero)
+        return operands & active;
+    else
+        return blend<Element>(active, operands, broadcast(FPFormat<Element>::power_of_two(0)));
+}
+
+// compute_active_elements for an operation of host_fp: on chunks where it takes them.
+template <class Element, idle_operands idle = idle_operands::zero, class Operation, class... Rows>
+[[gnu::always_inline]] inline aarch64_decode_rc compute_active_fp(std::uint8_t* destination,
+                                                                  const std::uint8_t* pg, Operation operation,
+                                                                  const Rows*... sources) {
+    if constexpr (host_fp::takes_vectors) {
+        return compute_loaded_lanes<Element>(
+            destination,
+            [&](int i) {
+                return std::tuple(active_lanes<Element>(pg, i), load_chunk<Element>(destination, i),
+                                  load_chunk<Element>(sources, i)...);
+            },
+            [operation](chunk<Element> active, chunk<Element> old, auto... operands) {
+                return blend<Element>(active, operation(keep_active<Element, idle>(active, operands)...),
+                                      old);
+            });
+    } else {
+        return compute_active_elements<Element>(destination, pg, operation, sources...);
+    }
+}
+
+// destination[i], as a whole element, = whether element i is active and compare(sources[i]...) holds;
+// `compare` is a comparison of host_fp.
 template <class Element, class Compare, class... Rows>
-[[gnu::always_inline]] inline aarch64_decode_rc
-compare_active_elements(std::uint8_t* destination, const std::uint8_t* pg, Compare compare,
-                        const Rows*... sources) {
-    return compute_or_else<Element>(
-        destination, pg, [compare](auto... elements) { return Element{compare(elements...)}; },
-        [destination](int i) { store_element<Element>(destination, i, 0); }, sources...);
+[[gnu::always_inline]] inline aarch64_decode_rc compare_active_fp(std::uint8_t* destination,
+                                                                  const std::uint8_t* pg, Compare compare,
+                                                                  const Rows*... sources) {
+    if constexpr (host_fp::takes_vectors) {
+        return compute_loaded_lanes<Element>(
+            destination,
+            [&](int i) {
+                return std::tuple(active_lanes<Element>(pg, i), load_chunk<Element>(sources, i)...);
+            },
+            [compare](chunk<Element> active, auto... operands) {
+                return compare(keep_active<Element, idle_operands::zero>(active, operands)...) & active & 1;
+            });
+    } else {
+        return compute_or_else<Element>(
+            destination, pg, [compare](auto... elements) { return Element{compare(elements...)}; },
+            [destination](int i) { store_element<Element>(destination, i, 0); }, sources...);
+    }
 }

@@ -6,26 +6,28 @@ aarch64_decode_rc sve_fnmla_zpzz(cpu_state* state, aarch64_z_reg zda, aarch64_p_
                                  aarch64_z_reg zm) {
     return dispatch_fp_elements(zda.dest_kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_active_elements<element>(
-            state->z[zda.reg], state->p[pg.reg],
-            [fp = host_fp(state)](element addend, element a, element b) { return fp.fnmadd(addend, a, b); },
-            state->z[zda.reg], state->z[zn.reg], state->z[zm.reg]);
+        std::uint8_t* const row_bytes = vector_row(state, zda.reg);
+        return compute_active_fp<element>(
+            row_bytes, predicate_row(state, pg.reg),
+            [fp = host_fp(state)](auto addend, auto a, auto b) { return fp.fnmadd(addend, a, b); }, row_bytes,
+            vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
 
 aarch64_decode_rc sve_frecpe_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_elements<element>(
-            state->z[zd.reg], [fp = host_fp(state)](element a) { return fp.frecpe(a); }, state->z[zn.reg]);
+        return compute_fp<element>(
+            vector_row(state, zd.reg), [fp = host_fp(state)](auto a) { return fp.frecpe(a); },
+            vector_row(state, zn.reg));
     });
 }
 
 aarch64_decode_rc sve_frecps_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_elements<element>(
-            state->z[zd.reg], [fp = host_fp(state)](element a, element b) { return fp.frecps(a, b); },
-            state->z[zn.reg], state->z[zm.reg]);
+        return compute_fp<element>(
+            vector_row(state, zd.reg), [fp = host_fp(state)](auto a, auto b) { return fp.frecps(a, b); },
+            vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
