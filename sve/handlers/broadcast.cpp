@@ -24,13 +24,13 @@ aarch64_decode_rc duplicate(cpu_state* state, aarch64_z_reg zd, std::uint64_t va
 // become 0.
 template <class Element, class Source>
 aarch64_decode_rc copy_active(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, Source source) {
-    std::uint8_t* destination = state->z[zd.reg];
-    const std::uint8_t* predicate = state->p[pg.reg];
+    std::uint8_t* const destination = vector_row(state, zd.reg);
+    const std::uint8_t* const predicate = predicate_row(state, pg.reg);
     if (pg.kind == aarch64_p_reg::zeroing) {
-        return compute_row<Element>(destination,
-                                    [&](int i) { return active_lanes<Element>(predicate, i) & source(i); });
+        return compute_lanes<Element>(destination,
+                                      [&](int i) { return active_lanes<Element>(predicate, i) & source(i); });
     }
-    return compute_row<Element>(destination, [&](int i) {
+    return compute_lanes<Element>(destination, [&](int i) {
         return blend<Element>(active_lanes<Element>(predicate, i), source(i),
                               load_chunk<Element>(destination, i));
     });
@@ -41,7 +41,7 @@ aarch64_decode_rc copy_value(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg p
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
         const chunk<element> everywhere = broadcast(static_cast<element>(value));
-        return copy_active<element>(state, zd, pg, [&](int) { return everywhere; });
+        return copy_active<element>(state, zd, pg, [everywhere](int) { return everywhere; });
     });
 }
 
@@ -68,8 +68,8 @@ aarch64_decode_rc fill_index(cpu_state* state, aarch64_z_reg zd, std::uint64_t b
 template <class Operation>
 aarch64_decode_rc with_mask(cpu_state* state, aarch64_z_reg zdn, aarch64_sve_logical64_imm mask,
                             Operation operation) {
-    std::uint8_t* row_bytes = state->z[zdn.reg];
-    return compute_row<std::uint64_t>(row_bytes, [&](int i) {
+    std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
+    return compute_lanes<std::uint64_t>(row_bytes, [&](int i) {
         return operation(load_chunk<std::uint64_t>(row_bytes, i), broadcast(mask.value));
     });
 }
@@ -115,10 +115,12 @@ aarch64_decode_rc sve_sel_zpzz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg
                                aarch64_z_reg zm) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
-        return compute_row<element>(state->z[zd.reg], [&](int i) {
-            return blend<element>(active_lanes<element>(state->p[pg.reg], i),
-                                  load_chunk<element>(state->z[zn.reg], i),
-                                  load_chunk<element>(state->z[zm.reg], i));
+        const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+        const std::uint8_t* const chosen = vector_row(state, zn.reg);
+        const std::uint8_t* const otherwise = vector_row(state, zm.reg);
+        return compute_lanes<element>(vector_row(state, zd.reg), [&](int i) {
+            return blend<element>(active_lanes<element>(predicate, i), load_chunk<element>(chosen, i),
+                                  load_chunk<element>(otherwise, i));
         });
     });
 }
@@ -139,13 +141,15 @@ aarch64_decode_rc sve_index_zrr(cpu_state* state, aarch64_z_reg zd, aarch64_i_re
 aarch64_decode_rc sve_movprfx_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
+        const std::uint8_t* const source = vector_row(state, zn.reg);
         return copy_active<element>(state, zd, pg,
-                                    [&](int i) { return load_chunk<element>(state->z[zn.reg], i); });
+                                    [source](int i) { return load_chunk<element>(source, i); });
     });
 }
 aarch64_decode_rc sve_movprfx_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return compute_row<std::uint64_t>(state->z[zd.reg],
-                                      [&](int i) { return load_chunk<std::uint64_t>(state->z[zn.reg], i); });
+    const std::uint8_t* const source = vector_row(state, zn.reg);
+    return compute_lanes<std::uint64_t>(vector_row(state, zd.reg),
+                                        [&](int i) { return load_chunk<std::uint64_t>(source, i); });
 }
 
 aarch64_decode_rc sve_and_zi(cpu_state* state, aarch64_z_reg zdn, aarch64_sve_logical64_imm mask) {

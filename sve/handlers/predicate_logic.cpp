@@ -9,13 +9,16 @@ using bytes = chunk<std::uint8_t>;
 template <class Operation>
 aarch64_decode_rc combine(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
                           aarch64_p_reg pm, Operation operation) {
-    std::uint8_t* destination = state->p[pd.reg];
+    std::uint8_t* const destination = predicate_row(state, pd.reg);
+    const std::uint8_t* const governing = predicate_row(state, pg.reg);
+    const std::uint8_t* const left = predicate_row(state, pn.reg);
+    const std::uint8_t* const right = predicate_row(state, pm.reg);
     const bytes kept = pg.kind == aarch64_p_reg::zeroing ? bytes{} : ~bytes{};
-    return compute_row<std::uint8_t>(destination, [&](int i) {
-        return blend<std::uint8_t>(active_lanes<std::uint8_t>(state->p[pg.reg], i),
-                                   operation(load_chunk<std::uint8_t>(state->p[pn.reg], i),
-                                             load_chunk<std::uint8_t>(state->p[pm.reg], i)),
-                                   load_chunk<std::uint8_t>(destination, i) & kept);
+    return compute_lanes<std::uint8_t>(destination, [&](int i) {
+        return blend<std::uint8_t>(
+            active_lanes<std::uint8_t>(governing, i),
+            operation(load_chunk<std::uint8_t>(left, i), load_chunk<std::uint8_t>(right, i)),
+            load_chunk<std::uint8_t>(destination, i) & kept);
     });
 }
 
@@ -44,9 +47,12 @@ aarch64_decode_rc sve_nor_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg
 
 aarch64_decode_rc sve_sel_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
                                aarch64_p_reg pm) {
-    return compute_row<std::uint8_t>(state->p[pd.reg], [&](int i) {
-        return blend<std::uint8_t>(active_lanes<std::uint8_t>(state->p[pg.reg], i),
-                                   load_chunk<std::uint8_t>(state->p[pn.reg], i),
-                                   load_chunk<std::uint8_t>(state->p[pm.reg], i));
+    const std::uint8_t* const governing = predicate_row(state, pg.reg);
+    const std::uint8_t* const chosen = predicate_row(state, pn.reg);
+    const std::uint8_t* const otherwise = predicate_row(state, pm.reg);
+    return compute_lanes<std::uint8_t>(predicate_row(state, pd.reg), [&](int i) {
+        return blend<std::uint8_t>(active_lanes<std::uint8_t>(governing, i),
+                                   load_chunk<std::uint8_t>(chosen, i),
+                                   load_chunk<std::uint8_t>(otherwise, i));
     });
 }
