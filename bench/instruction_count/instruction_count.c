@@ -5,17 +5,24 @@
 //
 // and "so far: N instructions, M system calls" whenever the program asks for its parent's process number.
 //
+// With ",symbols=on" after the plugin's name, lines come before it that say where: for a block of the program
+// file "SYMBOL INSTRUCTIONS EXECUTIONS", and for one of any other code "- INSTRUCTIONS EXECUTIONS", with the
+// instructions that the block has. A symbol has as many lines as it has blocks.
+//
 // The declarations are those of the plugin interface, version 1; Debian's qemu-user has no header for it.
 #include <inttypes.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
 
 #define EXPORTED __attribute__((visibility("default")))
 
 typedef uint64_t qemu_plugin_id_t;
 typedef struct qemu_info_t qemu_info_t;
 struct qemu_plugin_tb;
+struct qemu_plugin_insn;
 enum qemu_plugin_op { QEMU_PLUGIN_INLINE_ADD_U64 };
 
 void qemu_plugin_register_vcpu_tb_trans_cb(qemu_plugin_id_t id,
@@ -29,6 +36,8 @@ void qemu_plugin_register_vcpu_syscall_cb(qemu_plugin_id_t id,
 void qemu_plugin_register_atexit_cb(qemu_plugin_id_t id, void (*callback)(qemu_plugin_id_t, void*),
                                     void* data);
 size_t qemu_plugin_tb_n_insns(const struct qemu_plugin_tb* block);
+struct qemu_plugin_insn* qemu_plugin_tb_get_insn(const struct qemu_plugin_tb* block, size_t index);
+const char* qemu_plugin_insn_symbol(const struct qemu_plugin_insn* instruction);
 void qemu_plugin_outs(const char* text);
 
 EXPORTED int qemu_plugin_version = 1;
@@ -37,11 +46,30 @@ EXPORTED int qemu_plugin_version = 1;
 static uint64_t executed;
 static uint64_t system_calls;
 
+struct block {
+    struct block* next;
+    const char* symbol;
+    uint64_t instructions;
+    uint64_t executions;
+};
+static struct block* blocks;
+static int by_symbol;
+
 // A block that is left in its middle, by a fault, counts whole.
-static void on_translation(qemu_plugin_id_t id, struct qemu_plugin_tb* block) {
+static void on_translation(qemu_plugin_id_t id, struct qemu_plugin_tb* translated) {
     (void)id;
-    qemu_plugin_register_vcpu_tb_exec_inline(block, QEMU_PLUGIN_INLINE_ADD_U64, &executed,
-                                             qemu_plugin_tb_n_insns(block));
+    const size_t instructions = qemu_plugin_tb_n_insns(translated);
+    qemu_plugin_register_vcpu_tb_exec_inline(translated, QEMU_PLUGIN_INLINE_ADD_U64, &executed, instructions);
+    if (!by_symbol)
+        return;
+    struct block* const block = calloc(1, sizeof *block);
+    if (block == NULL)
+        abort();
+    block->next = blocks;
+    block->symbol = qemu_plugin_insn_symbol(qemu_plugin_tb_get_insn(translated, 0));
+    block->instructions = instructions;
+    blocks = block;
+    qemu_plugin_register_vcpu_tb_exec_inline(translated, QEMU_PLUGIN_INLINE_ADD_U64, &block->executions, 1);
 }
 
 enum { number_of_getppid = 173 };
@@ -63,15 +91,24 @@ static void on_system_call(qemu_plugin_id_t id, unsigned int vcpu, int64_t numbe
 static void on_exit_of_program(qemu_plugin_id_t id, void* data) {
     (void)id;
     (void)data;
-    char line[64];
+    char line[512];
+    for (const struct block* block = blocks; block != NULL; block = block->next) {
+        const char* const symbol = block->symbol != NULL && *block->symbol != '\0' ? block->symbol : "-";
+        snprintf(line, sizeof line, "%.400s %" PRIu64 " %" PRIu64 "\n", symbol, block->instructions,
+                 block->executions);
+        qemu_plugin_outs(line);
+    }
     snprintf(line, sizeof line, "instructions: %" PRIu64 "\n", executed);
     qemu_plugin_outs(line);
 }
 
 EXPORTED int qemu_plugin_install(qemu_plugin_id_t id, const qemu_info_t* info, int argc, char** argv) {
     (void)info;
-    (void)argc;
-    (void)argv;
+    for (int i = 0; i < argc; ++i) {
+        if (strcmp(argv[i], "symbols=on") != 0)
+            return -1;
+        by_symbol = 1;
+    }
     qemu_plugin_register_vcpu_tb_trans_cb(id, on_translation);
     qemu_plugin_register_vcpu_syscall_cb(id, on_system_call);
     qemu_plugin_register_atexit_cb(id, on_exit_of_program, NULL);
