@@ -3,8 +3,11 @@
 
 #include <barrier>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -48,6 +51,44 @@ TEST_F(statistics, keep_the_first_word_of_an_address) {
     EXPECT_EQ(icounts.at(&code[2]).first, 0x11u);
     EXPECT_EQ(icounts.at(&code[2]).second, 2u);
     EXPECT_EQ(icounts.at(&code[1]).first, 0x33u);
+}
+
+// More addresses than are remembered, several times over, and cleared in between.
+TEST_F(statistics, keep_a_row_for_each_of_many_addresses) {
+    std::vector<unsigned int> addresses(20000);
+    for (int round = 1; round <= 2; ++round) {
+        for (int execution = 0; execution < 3; ++execution)
+            for (unsigned int& address : addresses)
+                update_sve_stats(&address, 1);
+        ASSERT_EQ(icounts.size(), addresses.size());
+        for (unsigned int& address : addresses)
+            ASSERT_EQ(icounts.at(&address).second, 3u);
+        icounts.clear();
+    }
+    EXPECT_EQ(sve_instr_count, 120000u);
+}
+
+// The child has no thread that could give the mutex back.
+TEST_F(statistics, count_in_the_child_of_a_fork_while_another_thread_counts) {
+    std::barrier held(2);
+    std::thread holder([&] {
+        const std::lock_guard lock(icounts_mutex);
+        held.arrive_and_wait();
+        usleep(20000);
+    });
+    held.arrive_and_wait();
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(5);
+        update_sve_stats(&code[0], 1);
+        _exit(static_cast<int>(icounts.at(&code[0]).second));
+    }
+    holder.join();
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 1 << 8) << "blocked, or counted wrong";
+    update_sve_stats(&code[0], 1);
+    EXPECT_EQ(sve_instr_count, 1u);
 }
 
 TEST_F(statistics, are_dumped_in_order_of_address) {
