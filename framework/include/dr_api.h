@@ -3,6 +3,7 @@
 // so that one client source builds for both; a limit of this implementation is stated where there is one.
 #pragma once
 
+#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <sys/types.h>
@@ -187,12 +188,24 @@ instr_t* XINST_CREATE_move(void* drcontext, opnd_t d,
 void instrlist_insert_mov_immed_ptrsz(void* drcontext, ptr_int_t val, opnd_t dst, instrlist_t* ilist,
                                       instr_t* where, instr_t** first, instr_t** last);
 
+// What a context begins with. Not for clients: it is here so that access to a slot takes no call.
+typedef struct _dr_context_start_t {
+    uint64 not_for_clients[2];
+    reg_t spill_slot[9];
+} dr_context_start_t;
+
 // Spill slots 1 to 9: meta code for X registers other than SP, and access from a clean call. A slot's
 // contents last until the next application instruction that names the stolen register.
 void dr_save_reg(void* drcontext, instrlist_t* ilist, instr_t* where, reg_id_t reg, dr_spill_slot_t slot);
 void dr_restore_reg(void* drcontext, instrlist_t* ilist, instr_t* where, reg_id_t reg, dr_spill_slot_t slot);
-reg_t dr_read_saved_reg(void* drcontext, dr_spill_slot_t slot);
-void dr_write_saved_reg(void* drcontext, dr_spill_slot_t slot, reg_t value);
+inline reg_t dr_read_saved_reg(void* drcontext, dr_spill_slot_t slot) {
+    assert(slot <= SPILL_SLOT_9);
+    return static_cast<dr_context_start_t*>(drcontext)->spill_slot[slot];
+}
+inline void dr_write_saved_reg(void* drcontext, dr_spill_slot_t slot, reg_t value) {
+    assert(slot <= SPILL_SLOT_9);
+    static_cast<dr_context_start_t*>(drcontext)->spill_slot[slot] = value;
+}
 
 // Meta code between an X register other than the stolen one and the application's value of that one. Always
 // true.

@@ -19,10 +19,8 @@ std::int64_t slot_offset(dr_spill_slot_t slot) {
     return static_cast<std::int64_t>(offsetof(thread_context, client_slot) + slot * sizeof(std::uint64_t));
 }
 
-std::uint64_t& saved_register(void* drcontext, dr_spill_slot_t slot) {
-    assert(slot < client_spill_slots);
-    return static_cast<thread_context*>(drcontext)->client_slot[slot];
-}
+static_assert(offsetof(thread_context, client_slot) == offsetof(dr_context_start_t, spill_slot) &&
+              sizeof(thread_context::client_slot) == sizeof(dr_context_start_t::spill_slot));
 
 unsigned register_not_stolen(reg_id_t reg) {
     assert(!reg_is_stolen(reg));
@@ -36,11 +34,16 @@ void insert_value(instrlist_t* ilist, instr_t* where, reg_id_t reg, std::uint64_
 
 std::uint64_t address_bits(const void* address) { return reinterpret_cast<std::uint64_t>(address); }
 
-// Puts an argument into X0 + index, when the registers of all earlier arguments already hold theirs.
-void insert_argument(instrlist_t* ilist, instr_t* where, unsigned index, opnd_t argument) {
+// Puts an argument into X0 + index, when the registers of all earlier arguments already hold theirs and X10
+// the application address.
+void insert_argument(instrlist_t* ilist, instr_t* where, unsigned index, opnd_t argument, std::uint64_t pc) {
     const reg_id_t target = static_cast<reg_id_t>(DR_REG_X0 + index);
     if (argument.kind == immediate_operand) {
-        insert_value(ilist, where, target, static_cast<std::uint64_t>(argument.value));
+        const auto value = static_cast<std::uint64_t>(argument.value);
+        if (value == pc)
+            insert_meta_word(ilist, where, a64::move_x(index, 10));
+        else
+            insert_value(ilist, where, target, value);
         return;
     }
     assert(argument.kind == register_operand);
@@ -60,12 +63,6 @@ void dr_save_reg(void*, instrlist_t* ilist, instr_t* where, reg_id_t reg, dr_spi
 
 void dr_restore_reg(void*, instrlist_t* ilist, instr_t* where, reg_id_t reg, dr_spill_slot_t slot) {
     insert_meta_word(ilist, where, a64::ldr_x(numbered_x_register(reg), context_register, slot_offset(slot)));
-}
-
-reg_t dr_read_saved_reg(void* drcontext, dr_spill_slot_t slot) { return saved_register(drcontext, slot); }
-
-void dr_write_saved_reg(void* drcontext, dr_spill_slot_t slot, reg_t value) {
-    saved_register(drcontext, slot) = value;
 }
 
 bool dr_insert_get_stolen_reg_value(void*, instrlist_t* ilist, instr_t* where, reg_id_t reg) {
@@ -91,7 +88,7 @@ void dr_insert_call_kelvo(void*, instrlist_t* ilist, instr_t* where, app_pc pc, 
     va_list arguments;
     va_start(arguments, num_args);
     for (unsigned index = 0; index < num_args; ++index)
-        insert_argument(ilist, where, index, va_arg(arguments, opnd_t));
+        insert_argument(ilist, where, index, va_arg(arguments, opnd_t), address_bits(pc));
     va_end(arguments);
 
     insert_value(ilist, where, DR_REG_X11, address_bits(callee));

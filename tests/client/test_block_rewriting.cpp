@@ -155,7 +155,7 @@ struct block_rewriting : client_test {
         r.expect_immediate(10, bits(pc));
         r.expect_context_access(0xF9000000, 10, offsetof(thread_context, call_app_pc));
         r.expect_immediate(0, *address);
-        r.expect_immediate(1, bits(pc));
+        r.expect_meta({0xAA0A03E1}); // mov x1, x10
         r.expect_immediate(2, bits(reinterpret_cast<const void*>(is_sve(*address))));
         r.expect_immediate(11, bits(reinterpret_cast<const void*>(emulate_instruction)));
         r.expect_context_access(0xF9400000, 10, offsetof(thread_context, client_call_entry));
