@@ -1,11 +1,11 @@
-// path_cost sve|nop 1|1000 REPETITIONS: executes as many SVE instructions, each at an address of its own, in a
-// loop; or as many instructions that do nothing, so that the loop can be taken off. See path_cost.sh.
+// path_cost sve|nop 1|1000 REPETITIONS: executes as many SVE instructions, each at an address of its own, in
+// a loop; or as many instructions that do nothing, so that the loop can be taken off. See path_cost.sh.
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-// "add z0.b, z1.b, z2.b", for an assembler that need not know it. The alignment keeps both loops of a count in
-// the same number of blocks.
+// "add z0.b, z1.b, z2.b", for an assembler that need not know it. The alignment keeps both loops of a count
+// in the same number of blocks.
 #define LOOP(count, word)                                                                                    \
     __asm__ volatile(".balign 64\n"                                                                          \
                      "1: .rept " #count "\n"                                                                 \
