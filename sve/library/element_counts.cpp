@@ -1,7 +1,9 @@
 #include "sve/library/element_counts.h"
 
+#include "sve/library/chunk_loops.h"
 #include "sve/library/element_loops.h"
 #include "sve/library/predicate_patterns.h"
+#include "sve/library/saturating_chunks.h"
 #include "sve/library/saturation.h"
 
 template <class Element>
@@ -18,14 +20,16 @@ static Value saturate_register(std::uint64_t operand, unsigned long pattern, uns
     return static_cast<Value>(combine(operand, count, width_of<Value>, std::is_unsigned_v<Value>).value);
 }
 
-// `combine` is AddInt or SubInt.
-template <class Element, auto combine>
-static VecV saturate_vector(const VecV& zdn, unsigned long pattern, unsigned long imm4,
-                            const CpuContext* context) {
-    const wide_integer count = Int(count_elements<Element>(pattern, imm4, context), 64, true);
-    return map_elements<Element>(zdn, context, [=](Element a) {
-        return SatQ(combine(widen(a), count), width_of<Element>, std::is_unsigned_v<Element>).value;
-    });
+template <class Element>
+static VecV add_count(const VecV& zdn, unsigned long pattern, unsigned long imm4, const CpuContext* context) {
+    const auto count = uniform_step<Element>(count_elements<Element>(pattern, imm4, context));
+    return map_chunks<Element>(zdn, context, [=](auto a) { return add_step<Element>(a, count); });
+}
+template <class Element>
+static VecV subtract_count(const VecV& zdn, unsigned long pattern, unsigned long imm4,
+                           const CpuContext* context) {
+    const auto count = uniform_step<Element>(count_elements<Element>(pattern, imm4, context));
+    return map_chunks<Element>(zdn, context, [=](auto a) { return subtract_step<Element>(a, count); });
 }
 
 unsigned long VecU8CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
@@ -166,39 +170,39 @@ std::uint64_t VecU64QDecrVL8SI(std::uint64_t operand, unsigned long pattern, uns
 }
 
 VecV VecS16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int16_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::int16_t>(zdn, pattern, imm4, context);
 }
 VecV VecS32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int32_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::int32_t>(zdn, pattern, imm4, context);
 }
 VecV VecS64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int64_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::int64_t>(zdn, pattern, imm4, context);
 }
 VecV VecU16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint16_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::uint16_t>(zdn, pattern, imm4, context);
 }
 VecV VecU32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint32_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::uint32_t>(zdn, pattern, imm4, context);
 }
 VecV VecU64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint64_t, AddInt>(zdn, pattern, imm4, context);
+    return add_count<std::uint64_t>(zdn, pattern, imm4, context);
 }
 
 VecV VecS16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int16_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::int16_t>(zdn, pattern, imm4, context);
 }
 VecV VecS32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int32_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::int32_t>(zdn, pattern, imm4, context);
 }
 VecV VecS64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::int64_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::int64_t>(zdn, pattern, imm4, context);
 }
 VecV VecU16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint16_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::uint16_t>(zdn, pattern, imm4, context);
 }
 VecV VecU32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint32_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::uint32_t>(zdn, pattern, imm4, context);
 }
 VecV VecU64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return saturate_vector<std::uint64_t, SubInt>(zdn, pattern, imm4, context);
+    return subtract_count<std::uint64_t>(zdn, pattern, imm4, context);
 }

@@ -3,6 +3,7 @@
 #include "sve/fp/fp_arithmetic.h"
 #include "sve/fp/fp_compare.h"
 #include "sve/fp/fp_divide_sqrt.h"
+#include "sve/library/chunk_loops.h"
 
 // The second operand less the first, and over it.
 template <class Bits> static Bits subtract_reversed(Bits a, Bits b, FPSCR& fpscr) {
@@ -29,15 +30,15 @@ template <class Bits> static Bits scale_by(Bits a, Bits b, FPSCR& fpscr) { retur
 
 template <class Bits>
 static VecV absolute(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Bits>(zd, pg, zn, context, FPAbs<Bits>);
+    return merge_chunks<Bits>(zd, pg, zn, context, [](auto a) { return a & FPFormat<Bits>::magnitude_mask; });
 }
 template <class Bits>
 static VecV negate(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Bits>(zd, pg, zn, context, FPNeg<Bits>);
+    return merge_chunks<Bits>(zd, pg, zn, context, [](auto a) { return a ^ FPFormat<Bits>::sign_bit; });
 }
 template <class Bits>
 static VecV copy(const VecV& zd, const PredV& pg, Bits value, const CpuContext* context) {
-    return merge_each_element<Bits>(zd, pg, context, [=](int) { return value; });
+    return merge_each_chunk<Bits>(zd, pg, context, [=](int) { return broadcast(value); });
 }
 
 // The constants that the flag of an immediate form selects. They are exact in every format, so that they are

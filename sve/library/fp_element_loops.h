@@ -15,9 +15,6 @@ using half_bits = std::uint16_t;
 using single_bits = std::uint32_t;
 using double_bits = std::uint64_t;
 
-// The number of a predicate's words that hold the elements below the vector length.
-inline int word_count(const CpuContext* context) { return (predicate_length(context) + 63) / 64; }
-
 // The bits of a predicate's word that stand for active elements below the vector length.
 template <class Element>
 inline std::uint64_t active_bits(const PredV& pg, int word, const CpuContext* context) {

@@ -1,20 +1,24 @@
 #include "sve/library/integer_arithmetic.h"
 
-#include "sve/library/bit_operations.h"
+#include "sve/library/chunk_loops.h"
 
 template <class Element>
 static VecV reversed_subtract(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
-    return merge_binary<Element>(zdn, pg, zm, context, [](Element a, Element b) { return b - a; });
+    return merge_two_chunks<Element>(zdn, pg, zm, context, [](auto a, auto b) { return b - a; });
 }
 template <class Element>
 static VecV reversed_subtract(const VecV& zdn, Element immediate, const CpuContext* context) {
-    return map_elements<Element>(zdn, context, [=](Element a) { return immediate - a; });
+    return map_chunks<Element>(zdn, context, [=](auto a) { return immediate - a; });
 }
 
 template <class Element>
 static VecV absolute_difference(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
-    return merge_binary<Element>(
-        zdn, pg, zm, context, [](Element a, Element b) { return bits(AbsInt(SubInt(widen(a), widen(b)))); });
+    using Bits = chunk<std::make_unsigned_t<Element>>;
+    return merge_two_chunks<Element>(zdn, pg, zm, context, [](auto a, auto b) {
+        const auto difference = (Bits)a - (Bits)b;
+        const auto reversed = (Bits)(a < b);
+        return (difference ^ reversed) - reversed;
+    });
 }
 
 template <class Element>
@@ -24,12 +28,14 @@ static VecV multiply_high(const VecV& zdn, const PredV& pg, const VecV& zm, cons
     });
 }
 
-// `pick` is Max or Min.
-template <class Element, auto pick>
-static VecV pick_from(const VecV& zdn, Element immediate, const CpuContext* context) {
-    return map_elements<Element>(zdn, context, [=](Element a) {
-        return pick(static_cast<std::uint64_t>(a), static_cast<std::uint64_t>(immediate), width_of<Element>,
-                    std::is_unsigned_v<Element>);
+template <class Element> static VecV maximum(const VecV& zdn, Element immediate, const CpuContext* context) {
+    return map_chunks<Element>(zdn, context, [other = broadcast(immediate)](auto a) {
+        return blend<Element>((chunk<Element>)(a < other), other, a);
+    });
+}
+template <class Element> static VecV minimum(const VecV& zdn, Element immediate, const CpuContext* context) {
+    return map_chunks<Element>(zdn, context, [other = broadcast(immediate)](auto a) {
+        return blend<Element>((chunk<Element>)(other < a), other, a);
     });
 }
 
@@ -110,51 +116,51 @@ VecV VecU64SubRVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context
 }
 
 VecV VecS8MaxVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
-    return pick_from<std::int8_t, Max>(zdn, immediate, context);
+    return maximum<std::int8_t>(zdn, immediate, context);
 }
 VecV VecS16MaxVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
-    return pick_from<std::int16_t, Max>(zdn, immediate, context);
+    return maximum<std::int16_t>(zdn, immediate, context);
 }
 VecV VecS32MaxVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
-    return pick_from<std::int32_t, Max>(zdn, immediate, context);
+    return maximum<std::int32_t>(zdn, immediate, context);
 }
 VecV VecS64MaxVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
-    return pick_from<std::int64_t, Max>(zdn, immediate, context);
+    return maximum<std::int64_t>(zdn, immediate, context);
 }
 VecV VecU8MaxVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
-    return pick_from<std::uint8_t, Max>(zdn, immediate, context);
+    return maximum<std::uint8_t>(zdn, immediate, context);
 }
 VecV VecU16MaxVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
-    return pick_from<std::uint16_t, Max>(zdn, immediate, context);
+    return maximum<std::uint16_t>(zdn, immediate, context);
 }
 VecV VecU32MaxVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
-    return pick_from<std::uint32_t, Max>(zdn, immediate, context);
+    return maximum<std::uint32_t>(zdn, immediate, context);
 }
 VecV VecU64MaxVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
-    return pick_from<std::uint64_t, Max>(zdn, immediate, context);
+    return maximum<std::uint64_t>(zdn, immediate, context);
 }
 
 VecV VecS8MinVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
-    return pick_from<std::int8_t, Min>(zdn, immediate, context);
+    return minimum<std::int8_t>(zdn, immediate, context);
 }
 VecV VecS16MinVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
-    return pick_from<std::int16_t, Min>(zdn, immediate, context);
+    return minimum<std::int16_t>(zdn, immediate, context);
 }
 VecV VecS32MinVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
-    return pick_from<std::int32_t, Min>(zdn, immediate, context);
+    return minimum<std::int32_t>(zdn, immediate, context);
 }
 VecV VecS64MinVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
-    return pick_from<std::int64_t, Min>(zdn, immediate, context);
+    return minimum<std::int64_t>(zdn, immediate, context);
 }
 VecV VecU8MinVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
-    return pick_from<std::uint8_t, Min>(zdn, immediate, context);
+    return minimum<std::uint8_t>(zdn, immediate, context);
 }
 VecV VecU16MinVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
-    return pick_from<std::uint16_t, Min>(zdn, immediate, context);
+    return minimum<std::uint16_t>(zdn, immediate, context);
 }
 VecV VecU32MinVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
-    return pick_from<std::uint32_t, Min>(zdn, immediate, context);
+    return minimum<std::uint32_t>(zdn, immediate, context);
 }
 VecV VecU64MinVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
-    return pick_from<std::uint64_t, Min>(zdn, immediate, context);
+    return minimum<std::uint64_t>(zdn, immediate, context);
 }

@@ -1,35 +1,31 @@
 #include "sve/library/integer_compares.h"
 
+#include "sve/library/chunk_loops.h"
+#include "sve/library/element_loops.h"
 #include "sve/library/predicate_flags.h"
-#include "sve/library/predicate_words.h"
 
-#include <algorithm>
 #include <functional>
 #include <type_traits>
 
 namespace {
 
-// Asks the test about every element, then lets pg choose: the outcomes stand in the lowest bits of the
-// groups, so that no other bit of pg gets through.
 template <class Element, class Test> PredV compare(const PredV& pg, Test holds_at, CpuContext* context) {
-    constexpr int elements_per_word = 64 / static_cast<int>(sizeof(Element));
-    const int count = element_count<Element>(context);
-    PredV result = {};
-    for (int start = 0, w = 0; start < count; start += elements_per_word, ++w) {
-        const int elements = std::min(elements_per_word, count - start);
-        std::uint64_t outcomes = 0;
-        for (int i = 0; i < elements; ++i)
-            outcomes |= std::uint64_t{holds_at(start + i)} << (i * sizeof(Element));
-        result.words[w] = outcomes & pg.words[w];
-    }
-    PredSetNZCV(pg, result, 8 * static_cast<int>(sizeof(Element)), context);
+    const PredV result = test_chunks<Element>(pg, context, holds_at);
+    PredSetNZCV(pg, result, width_of<Element>, context);
     return result;
 }
 
 template <class Relation, class Element>
 PredV compare_immediate(const PredV& pg, const VecV& zn, Element immediate, CpuContext* context) {
     return compare<Element>(
-        pg, [&](int i) { return Relation()(get_element<Element>(zn, i), immediate); }, context);
+        pg, [&](int i) { return Relation()(get_chunk<Element>(zn, i), broadcast(immediate)); }, context);
+}
+
+// The elements of a chunk that stand at `place` in their 64-bit lanes, as numbers of 64 bits.
+template <class Wide, class Element> chunk<Wide> widened(chunk<Element> elements, int place) {
+    constexpr int unused = width_of<Wide> - width_of<Element>;
+    const auto lanes = (chunk<std::uint64_t>)elements << (unused - place * width_of<Element>);
+    return (chunk<Wide>)lanes >> unused;
 }
 
 template <class Element, class Relation>
@@ -39,8 +35,14 @@ PredV compare_wide(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* 
     return compare<Element>(
         pg,
         [&](int i) {
-            return Relation()(Wide{get_element<Element>(zn, i)},
-                              get_element<Wide>(zm, i / elements_per_wide));
+            chunk<std::uint64_t> result = {};
+#pragma GCC unroll 8
+            for (int place = 0; place < elements_per_wide; ++place) {
+                const auto holds = (chunk<std::uint64_t>)Relation()(
+                    widened<Wide, Element>(get_chunk<Element>(zn, i), place), get_chunk<Wide>(zm, i));
+                result |= holds & (std::uint64_t{1} << (place * width_of<Element>));
+            }
+            return (chunk<Element>)result;
         },
         context);
 }

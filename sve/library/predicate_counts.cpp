@@ -1,6 +1,8 @@
 #include "sve/library/predicate_counts.h"
 
+#include "sve/library/chunk_loops.h"
 #include "sve/library/predicate_words.h"
+#include "sve/library/saturating_chunks.h"
 #include "sve/library/saturation.h"
 
 #include <bit>
@@ -8,7 +10,7 @@
 template <class Element> static int count_active(const PredV& predicate, const CpuContext* context) {
     const int length = predicate_length(context);
     int count = 0;
-    for (int w = 0; w < words_per_predicate; ++w)
+    for (int w = 0, words = word_count(context); w < words; ++w)
         count += std::popcount(predicate.words[w] & lowest_bits_of_groups(sizeof(Element)) &
                                bits_below(length, w));
     return count;
@@ -23,19 +25,26 @@ static std::uint64_t subtract_count(std::uint64_t operand, const PredV& pm, cons
 template <class Element, int sign>
 static VecV add_count(const VecV& zdn, const PredV& pm, const CpuContext* context) {
     const auto step = static_cast<Element>(sign * count_active<Element>(pm, context));
-    return map_elements<Element>(zdn, context, [=](Element a) { return a + step; });
+    return map_chunks<Element>(zdn, context, [=](auto a) { return a + step; });
 }
 
-// `combine` is SatAdd or SatSub in both of these.
-template <class Element, auto combine>
-static VecV saturate_vector(const VecV& zdn, const PredV& pm, const CpuContext* context) {
-    const auto count = static_cast<std::uint64_t>(count_active<Element>(pm, context));
-    return map_elements<Element>(zdn, context, [=](Element a) {
-        return combine(static_cast<std::uint64_t>(a), count, width_of<Element>, std::is_unsigned_v<Element>)
-            .value;
+template <class Element> static auto active_step(const PredV& pm, const CpuContext* context) {
+    return uniform_step<Element>(static_cast<unsigned long>(count_active<Element>(pm, context)));
+}
+template <class Element>
+static VecV add_saturating(const VecV& zdn, const PredV& pm, const CpuContext* context) {
+    return map_chunks<Element>(zdn, context, [count = active_step<Element>(pm, context)](auto a) {
+        return add_step<Element>(a, count);
+    });
+}
+template <class Element>
+static VecV subtract_saturating(const VecV& zdn, const PredV& pm, const CpuContext* context) {
+    return map_chunks<Element>(zdn, context, [count = active_step<Element>(pm, context)](auto a) {
+        return subtract_step<Element>(a, count);
     });
 }
 
+// `combine` is SatAdd or SatSub.
 template <class Element, class Value, auto combine>
 static Value saturate_register(std::uint64_t operand, const PredV& pm, const CpuContext* context) {
     const auto count = static_cast<std::uint64_t>(count_active<Element>(pm, context));
@@ -76,41 +85,41 @@ VecV VecU64DecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
 }
 
 VecV VecS16QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int16_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::int16_t>(zdn, pm, context);
 }
 VecV VecS32QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int32_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::int32_t>(zdn, pm, context);
 }
 VecV VecS64QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int64_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::int64_t>(zdn, pm, context);
 }
 VecV VecU16QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint16_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::uint16_t>(zdn, pm, context);
 }
 VecV VecU32QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint32_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::uint32_t>(zdn, pm, context);
 }
 VecV VecU64QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint64_t, SatAdd>(zdn, pm, context);
+    return add_saturating<std::uint64_t>(zdn, pm, context);
 }
 
 VecV VecS16QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int16_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::int16_t>(zdn, pm, context);
 }
 VecV VecS32QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int32_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::int32_t>(zdn, pm, context);
 }
 VecV VecS64QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::int64_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::int64_t>(zdn, pm, context);
 }
 VecV VecU16QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint16_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::uint16_t>(zdn, pm, context);
 }
 VecV VecU32QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint32_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::uint32_t>(zdn, pm, context);
 }
 VecV VecU64QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return saturate_vector<std::uint64_t, SatSub>(zdn, pm, context);
+    return subtract_saturating<std::uint64_t>(zdn, pm, context);
 }
 
 std::int32_t VecS8QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {

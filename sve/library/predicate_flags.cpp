@@ -64,16 +64,15 @@ struct outcome {
 outcome examine(const PredV& governing, const PredV& result, int element_bits, const CpuContext* context) {
     const active_elements active(governing, element_bits, context);
     outcome found;
-    const int first = active.first_bit();
-    if (first < 0)
-        return found;
-    const int last = active.last_bit();
-    found.any_active = true;
-    for (int w = first / 64; w <= last / 64; ++w)
-        found.any_true =
-            found.any_true || (active.word(w) & gather_groups(result.words[w], element_bits)) != 0;
-    found.first_true = result.words[first / 64] >> (first % 64) & 1;
-    found.last_false = !(gather_groups(result.words[last / 64], element_bits) >> (last % 64) & 1);
+    for (int w = 0, words = word_count(context); w < words; ++w) {
+        const std::uint64_t here = active.word(w);
+        const std::uint64_t groups = gather_groups(result.words[w], element_bits);
+        const bool is_first = here != 0 && !found.any_active;
+        found.first_true |= is_first & ((result.words[w] & here & -here) != 0);
+        found.last_false = here != 0 ? !(groups >> (63 - std::countl_zero(here)) & 1) : found.last_false;
+        found.any_active |= here != 0;
+        found.any_true |= (here & groups) != 0;
+    }
     return found;
 }
 

@@ -20,6 +20,9 @@ constexpr std::uint64_t bits_below(int bit_count, int word) {
 // The number of predicate bits, one for each vector byte.
 inline int predicate_length(const CpuContext* context) { return vector_length(context) * 8; }
 
+// The number of a predicate's words that hold the elements below the vector length.
+inline int word_count(const CpuContext* context) { return (predicate_length(context) + 63) / 64; }
+
 // The predicate whose words `word_at(0)` to `word_at(3)` gives, with all bits from `bit_count` up cleared.
 template <class WordAt> inline PredV predicate_of_words(int bit_count, WordAt word_at) {
     PredV result;

@@ -1,20 +1,25 @@
 #include "sve/library/unary_integer.h"
 
 #include "sve/library/bit_operations.h"
+#include "sve/library/chunk_loops.h"
 
 template <class Element>
 static VecV absolute(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return bits(AbsInt(widen(a))); });
+    using Bits = chunk<std::make_unsigned_t<Element>>;
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) {
+        const auto negative = (Bits)(a < 0);
+        return ((Bits)a ^ negative) - negative;
+    });
 }
 
 template <class Element>
 static VecV complement(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return ~a; });
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return ~a; });
 }
 
 template <class Element>
 static VecV logical_not(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return a == 0; });
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return (a == 0) & 1; });
 }
 
 // `count` is BitCount, CountLeadingSignBits or CountLeadingZeroBits.
@@ -23,15 +28,22 @@ static VecV count_bits(const VecV& zd, const PredV& pg, const VecV& zn, const Cp
     return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return count(a, width_of<Element>); });
 }
 
+// Each group of so many units in reverse order.
+template <int group, class Vector, int... i>
+static Vector reverse_units(Vector units, std::integer_sequence<int, i...>) {
+    return __builtin_shufflevector(units, units, (i ^ (group - 1))...);
+}
 template <class Element, int unit>
 static VecV reverse(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context,
-                                [](Element a) { return Reverse(a, width_of<Element>, unit); });
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) {
+        using Unit = std::conditional_t<unit == 1, std::uint8_t, std::uint16_t>;
+        return reverse_units<sizeof(Element) / unit>((chunk<Unit>)a, chunk_indices<Unit>());
+    });
 }
 
 template <class Element>
 static VecV extend_byte(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return a & 0xFF; });
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return a & 0xFF; });
 }
 
 VecV VecS8AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
