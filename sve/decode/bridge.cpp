@@ -19,16 +19,23 @@ template <int index> void unpack_chunk(std::uint8_t* row, bytes packed) {
     std::memcpy(row + index * chunk_bytes, &result, chunk_bytes);
 }
 
-} // namespace
-
-PredV pack_predicate(const std::uint8_t* row) {
+// The bytes of a predicate row reduced to their lowest bits.
+[[gnu::always_inline]] inline chunk_array<chunks_per_row> lowest_bits(const std::uint8_t* row) {
     chunk_array<chunks_per_row> lanes;
 #pragma GCC unroll 8
     for (int i = 0; i < chunks_per_row; ++i)
         lanes[i] = (chunk<std::uint64_t>)(load_chunk<std::uint8_t>(row, i) & 1);
+    return lanes;
+}
+
+[[gnu::always_inline]] inline PredV pack(const chunk_array<chunks_per_row>& lanes) {
     const auto words = pack_lanes<std::uint8_t, 1>(lanes);
     return {{words[0], words[1], 0, 0}};
 }
+
+} // namespace
+
+PredV pack_predicate(const std::uint8_t* row) { return pack(lowest_bits(row)); }
 
 void unpack_predicate(std::uint8_t* row, const PredV& predicate) {
     bytes packed;
@@ -43,17 +50,22 @@ void unpack_predicate(std::uint8_t* row, const PredV& predicate) {
     unpack_chunk<7>(row, packed);
 }
 
-void read_context(const cpu_state* state, CpuContext* context) {
+void read_context(cpu_state* state, CpuContext* context) {
     context->nzcv = static_cast<std::uint32_t>(state->nzcv);
     context->fpsr = state->fpsr;
     context->fpcr = state->fpcr | state->fpcr_extra;
     context->vl = vector_bytes / 8;
-    context->ffr = pack_predicate(state->ffr);
+    const chunk_array<chunks_per_row> lanes = lowest_bits(state->ffr);
+    context->ffr = pack(lanes);
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i)
+        std::memcpy(state->ffr + i * chunk_bytes, &lanes[i], chunk_bytes);
 }
 
-void write_context(cpu_state* state, const CpuContext* context) {
+void write_context(cpu_state* state, const CpuContext* context, const PredV& old_ffr) {
     state->nzcv = context->nzcv;
     state->fpsr = context->fpsr;
     state->fpcr = context->fpcr;
-    unpack_predicate(state->ffr, context->ffr);
+    if (context->ffr.words[0] != old_ffr.words[0] || context->ffr.words[1] != old_ffr.words[1])
+        unpack_predicate(state->ffr, context->ffr);
 }

@@ -17,11 +17,13 @@ PredV pack_predicate(const std::uint8_t* row);
 void unpack_predicate(std::uint8_t* row, const PredV& predicate);
 
 // The processor status that a primitive sees: flags, FPSR, FPCR with fpcr_extra or-ed in, FFR, and a vector
-// length of 16 units of 64 bits.
-void read_context(const cpu_state* state, CpuContext* context);
+// length of 16 units of 64 bits. Makes each byte of the state's FFR 0 or 1, so that a primitive that leaves
+// it alone needs no writing back.
+void read_context(cpu_state* state, CpuContext* context);
 
-// Writes status back: flags zero-extended, FPSR, FPCR as the context holds it, and FFR with each byte 0 or 1.
-void write_context(cpu_state* state, const CpuContext* context);
+// Writes status back: flags zero-extended, FPSR, FPCR as the context holds it, and FFR if it is not
+// `old_ffr`.
+void write_context(cpu_state* state, const CpuContext* context, const PredV& old_ffr);
 
 namespace operands {
 
@@ -191,11 +193,12 @@ template <class Result, class... Operands> struct library_layout {
         } else {
             CpuContext context;
             read_context(state, &context);
+            const PredV old_ffr = context.ffr;
             if constexpr (std::is_same_v<Result, results::None>)
                 primitive(Operands::cut(state, word)..., &context);
             else
                 Result::store(state, word, primitive(Operands::cut(state, word)..., &context));
-            write_context(state, &context);
+            write_context(state, &context, old_ffr);
             return aarch64_emulated;
         }
     }

@@ -1,6 +1,7 @@
 #include "sve/library/dot_products.h"
 
 #include "sve/library/chunk_loops.h"
+#include "sve/library/half_elements.h"
 
 namespace {
 
@@ -10,16 +11,6 @@ template <> struct product<std::int32_t> { using type = std::int16_t; };
 template <> struct product<std::int64_t> { using type = std::int32_t; };
 template <> struct product<std::uint32_t> { using type = std::uint16_t; };
 template <> struct product<std::uint64_t> { using type = std::uint32_t; };
-
-// The lower and the upper half of each element, extended to its width by the signedness of its type.
-template <class Element> chunk<Element> lower_halves(chunk<Element> value) {
-    constexpr int half = 4 * sizeof(Element);
-    using Bits = chunk<std::make_unsigned_t<Element>>;
-    return (chunk<Element>)((Bits)value << half) >> half;
-}
-template <class Element> chunk<Element> upper_halves(chunk<Element> value) {
-    return value >> static_cast<int>(4 * sizeof(Element));
-}
 
 // Groups of four factors, each with its sum in the element of the accumulator; a product has no overflow.
 template <class Element> chunk<Element> accumulate(chunk<Element> sums, chunk<Element> n, chunk<Element> m) {

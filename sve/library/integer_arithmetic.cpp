@@ -1,6 +1,7 @@
 #include "sve/library/integer_arithmetic.h"
 
 #include "sve/library/chunk_loops.h"
+#include "sve/library/half_elements.h"
 
 template <class Element>
 static VecV reversed_subtract(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
@@ -21,11 +22,31 @@ static VecV absolute_difference(const VecV& zdn, const PredV& pg, const VecV& zm
     });
 }
 
+// The type twice as wide, of the same signedness.
+template <class Element> struct wider;
+template <> struct wider<std::int8_t> { using type = std::int16_t; };
+template <> struct wider<std::int16_t> { using type = std::int32_t; };
+template <> struct wider<std::int32_t> { using type = std::int64_t; };
+template <> struct wider<std::uint8_t> { using type = std::uint16_t; };
+template <> struct wider<std::uint16_t> { using type = std::uint32_t; };
+template <> struct wider<std::uint32_t> { using type = std::uint64_t; };
+
 template <class Element>
 static VecV multiply_high(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
-    return merge_binary<Element>(zdn, pg, zm, context, [](Element a, Element b) {
-        return bits(ShiftRightInt(multiply_wide(widen(a), widen(b)), width_of<Element>));
-    });
+    if constexpr (sizeof(Element) == 8) {
+        return merge_binary<Element>(zdn, pg, zm, context, [](Element a, Element b) {
+            return bits(multiply_wide(widen(a), widen(b)) >> width_of<Element>);
+        });
+    } else {
+        using Wide = typename wider<Element>::type;
+        constexpr Wide high = static_cast<Wide>(~std::make_unsigned_t<Wide>{0} << width_of<Element>);
+        return merge_two_chunks<Element>(zdn, pg, zm, context, [](auto x, auto y) {
+            const auto a = (chunk<Wide>)x, b = (chunk<Wide>)y;
+            const auto even = lower_halves<Wide>(a) * lower_halves<Wide>(b);
+            const auto odd = upper_halves<Wide>(a) * upper_halves<Wide>(b);
+            return blend<Wide>(broadcast(high), odd, even >> width_of<Element>);
+        });
+    }
 }
 
 template <class Element> static VecV maximum(const VecV& zdn, Element immediate, const CpuContext* context) {

@@ -1,5 +1,7 @@
 #include "sve/library/permutes.h"
 
+#include "sve/library/chunk_loops.h"
+#include "sve/library/half_elements.h"
 #include "sve/library/predicate_flags.h"
 
 namespace {
@@ -39,12 +41,15 @@ enum class vector_half { low, high };
 
 template <class Narrow, class Element, vector_half half> VecV unpack(const VecV& zn, CpuContext* context) {
     static_assert(2 * sizeof(Narrow) == sizeof(Element));
-    const int count = element_count<Element>(context);
-    const int start = half == vector_half::high ? count : 0;
-    VecV result = {};
-    for (int i = 0; i < count; ++i)
-        set_element(result, i, Element{get_element<Narrow>(zn, start + i)});
-    return result;
+    const int start = half == vector_half::high ? vector_length(context) * 4 : 0;
+    return for_each_chunk<Element>(context, [&](int i) {
+        chunk<std::uint64_t> narrow = {};
+        std::memcpy(&narrow, zn.bytes + start + i * chunk_bytes / 2, chunk_bytes / 2);
+        const auto elements = (chunk<Narrow>)narrow;
+        // Each beside itself, to be shifted down from the upper half.
+        return upper_halves<Element>(
+            (chunk<Element>)interleave<0>(elements, elements, chunk_indices<Narrow>()));
+    });
 }
 
 } // namespace

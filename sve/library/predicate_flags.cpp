@@ -46,13 +46,6 @@ private:
     std::uint64_t lowest_bits;
 };
 
-// Leaves in the lowest bit of each group whether any bit of the group is set.
-std::uint64_t gather_groups(std::uint64_t word, int element_bits) {
-    for (int shift = 1; shift < element_bits / 8; shift *= 2)
-        word |= word >> shift;
-    return word;
-}
-
 // What a result says of the active elements.
 struct outcome {
     bool any_active = false;
@@ -61,19 +54,30 @@ struct outcome {
     bool last_false = true;  // by the whole group; true if none is active
 };
 
+// All bits of the groups of so many bits whose lowest bit is set, when no others are.
+std::uint64_t whole_groups(std::uint64_t lowest, int group) { return (lowest << group) - lowest; }
+
 outcome examine(const PredV& governing, const PredV& result, int element_bits, const CpuContext* context) {
     const active_elements active(governing, element_bits, context);
-    outcome found;
+    const int group = element_bits / 8;
+    std::uint64_t any_active = 0, any_true = 0;
+    // The words with the first and the last active element, and those of the result beside them.
+    std::uint64_t first = 0, first_result = 0, last = 0, last_result = 0;
     for (int w = 0, words = word_count(context); w < words; ++w) {
         const std::uint64_t here = active.word(w);
-        const std::uint64_t groups = gather_groups(result.words[w], element_bits);
-        const bool is_first = here != 0 && !found.any_active;
-        found.first_true |= is_first & ((result.words[w] & here & -here) != 0);
-        found.last_false = here != 0 ? !(groups >> (63 - std::countl_zero(here)) & 1) : found.last_false;
-        found.any_active |= here != 0;
-        found.any_true |= (here & groups) != 0;
+        const std::uint64_t found = result.words[w];
+        first_result = any_active == 0 ? found : first_result;
+        first = any_active == 0 ? here : first;
+        last_result = here != 0 ? found : last_result;
+        last = here != 0 ? here : last;
+        any_active |= here;
+        any_true |= found & whole_groups(here, group);
     }
-    return found;
+    if (any_active == 0)
+        return {};
+    const std::uint64_t last_bit = std::uint64_t{1} << (63 - std::countl_zero(last));
+    return {true, any_true != 0, (first_result & first & -first) != 0,
+            (last_result & whole_groups(last_bit, group)) == 0};
 }
 
 } // namespace

@@ -93,18 +93,30 @@ template <class Element, parity from> PredV transpose(const PredV& pn, const Pre
     });
 }
 
+// The bits of the odd elements of a predicate's word, moved together in its low half.
+template <class Element> constexpr std::uint64_t odd_half(std::uint64_t word) {
+    std::uint64_t packed = (word & ~even_elements<Element>) >> sizeof(Element);
+    for (int group = sizeof(Element); group < 32; group *= 2) {
+        // Groups of this many bits stand at every second place of their size.
+        const std::uint64_t joined = lowest_bits_of_groups(4 * group) * ((std::uint64_t{1} << 2 * group) - 1);
+        packed = (packed | packed >> group) & (group < 16 ? joined : 0xFFFFFFFF);
+    }
+    return packed;
+}
+
 template <class Element> PredV odd_elements(const PredV& pn, const PredV& pm, CpuContext* context) {
-    constexpr std::uint64_t group = (std::uint64_t{1} << sizeof(Element)) - 1;
-    const int pairs = element_count<Element>(context) / 2;
+    const int bits = element_count<Element>(context) / 2 * static_cast<int>(sizeof(Element));
     PredV result = {};
-    const auto append = [&result](int element, const PredV& source, int source_element) {
-        const unsigned from = static_cast<unsigned>(source_element) * sizeof(Element);
-        const unsigned to = static_cast<unsigned>(element) * sizeof(Element);
-        result.words[to / 64] |= (source.words[from / 64] >> (from % 64) & group) << (to % 64);
-    };
-    for (int k = 0; k < pairs; ++k) {
-        append(k, pn, 2 * k + 1);
-        append(pairs + k, pm, 2 * k + 1);
+    int end = 0;
+    for (const PredV* source : {&pn, &pm}) {
+        for (int from = 0; from < bits; from += 32) {
+            const std::uint64_t half =
+                odd_half<Element>(source->words[from / 32]) & bits_below(bits - from, 0);
+            result.words[end / 64] |= half << (end % 64);
+            if (end % 64 > 32)
+                result.words[end / 64 + 1] |= half >> (64 - end % 64);
+            end += bits - from < 32 ? bits - from : 32;
+        }
     }
     return result;
 }

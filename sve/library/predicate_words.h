@@ -25,8 +25,8 @@ inline int word_count(const CpuContext* context) { return (predicate_length(cont
 
 // The predicate whose words `word_at(0)` to `word_at(3)` gives, with all bits from `bit_count` up cleared.
 template <class WordAt> inline PredV predicate_of_words(int bit_count, WordAt word_at) {
-    PredV result;
-    for (int w = 0; w < words_per_predicate; ++w)
+    PredV result = {};
+    for (int w = 0; 64 * w < bit_count; ++w)
         result.words[w] = word_at(w) & bits_below(bit_count, w);
     return result;
 }

@@ -1,6 +1,6 @@
 #include "sve/library/unary_integer.h"
 
-#include "sve/library/bit_operations.h"
+#include "sve/library/bit_count_chunks.h"
 #include "sve/library/chunk_loops.h"
 
 template <class Element>
@@ -22,10 +22,10 @@ static VecV logical_not(const VecV& zd, const PredV& pg, const VecV& zn, const C
     return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return (a == 0) & 1; });
 }
 
-// `count` is BitCount, CountLeadingSignBits or CountLeadingZeroBits.
+// `count` is bit_counts, leading_sign_bits or leading_zeros.
 template <class Element, auto count>
 static VecV count_bits(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
-    return merge_unary<Element>(zd, pg, zn, context, [](Element a) { return count(a, width_of<Element>); });
+    return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return count(a, Element()); });
 }
 
 // Each group of so many units in reverse order.
@@ -86,42 +86,42 @@ VecV VecU64NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* co
 }
 
 VecV VecU8CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, BitCount>(zd, pg, zn, context);
+    return count_bits<std::uint8_t, bit_counts>(zd, pg, zn, context);
 }
 VecV VecU16CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, BitCount>(zd, pg, zn, context);
+    return count_bits<std::uint16_t, bit_counts>(zd, pg, zn, context);
 }
 VecV VecU32CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, BitCount>(zd, pg, zn, context);
+    return count_bits<std::uint32_t, bit_counts>(zd, pg, zn, context);
 }
 VecV VecU64CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, BitCount>(zd, pg, zn, context);
+    return count_bits<std::uint64_t, bit_counts>(zd, pg, zn, context);
 }
 
 VecV VecU8ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, CountLeadingSignBits>(zd, pg, zn, context);
+    return count_bits<std::uint8_t, leading_sign_bits>(zd, pg, zn, context);
 }
 VecV VecU16ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, CountLeadingSignBits>(zd, pg, zn, context);
+    return count_bits<std::uint16_t, leading_sign_bits>(zd, pg, zn, context);
 }
 VecV VecU32ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, CountLeadingSignBits>(zd, pg, zn, context);
+    return count_bits<std::uint32_t, leading_sign_bits>(zd, pg, zn, context);
 }
 VecV VecU64ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, CountLeadingSignBits>(zd, pg, zn, context);
+    return count_bits<std::uint64_t, leading_sign_bits>(zd, pg, zn, context);
 }
 
 VecV VecU8ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, CountLeadingZeroBits>(zd, pg, zn, context);
+    return count_bits<std::uint8_t, leading_zeros>(zd, pg, zn, context);
 }
 VecV VecU16ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, CountLeadingZeroBits>(zd, pg, zn, context);
+    return count_bits<std::uint16_t, leading_zeros>(zd, pg, zn, context);
 }
 VecV VecU32ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, CountLeadingZeroBits>(zd, pg, zn, context);
+    return count_bits<std::uint32_t, leading_zeros>(zd, pg, zn, context);
 }
 VecV VecU64ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, CountLeadingZeroBits>(zd, pg, zn, context);
+    return count_bits<std::uint64_t, leading_zeros>(zd, pg, zn, context);
 }
 
 VecV VecU16Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
