@@ -122,6 +122,9 @@ constexpr word add_immediate(unsigned rd, unsigned rn, unsigned immediate) {
 constexpr word sub_immediate(unsigned rd, unsigned rn, unsigned immediate) {
     return 0xD1000000u | field(immediate, 10, 12) | field(rn, 5, 5) | field(rd, 0, 5);
 }
+constexpr word sub_immediate_w(unsigned rd, unsigned rn, unsigned immediate) {
+    return 0x51000000u | field(immediate, 10, 12) | field(rn, 5, 5) | field(rd, 0, 5);
+}
 
 // ORR of two registers, shift 0; with rn 31 it is a move. `wide` selects X over W registers.
 constexpr word orr_register(bool wide, unsigned rd, unsigned rn, unsigned rm) {
@@ -157,6 +160,9 @@ constexpr word br(unsigned rn) { return 0xD61F0000u | field(rn, 5, 5); }
 constexpr word blr(unsigned rn) { return 0xD63F0000u | field(rn, 5, 5); }
 inline constexpr unsigned link_register = 30;
 constexpr word ret() { return 0xD65F0000u | field(link_register, 5, 5); }
+constexpr word cbz_w(unsigned rt, std::int64_t offset) {
+    return 0x34000000u | word_offset(offset, 5, 19) | field(rt, 0, 5);
+}
 constexpr word cbnz_x(unsigned rt, std::int64_t offset) {
     return 0xB5000000u | word_offset(offset, 5, 19) | field(rt, 0, 5);
 }

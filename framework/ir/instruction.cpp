@@ -23,12 +23,17 @@ instr_t* instruction_from_word(std::uint32_t word) {
 
 instrlist_t* create_instruction_list() { return new instrlist_t{}; }
 
-void destroy_instruction_list(instrlist_t* list) {
+void clear_instruction_list(instrlist_t* list) {
     for (instr_t* instruction = list->first; instruction != nullptr;) {
         instr_t* next = instruction->next;
         delete instruction;
         instruction = next;
     }
+    *list = {};
+}
+
+void destroy_instruction_list(instrlist_t* list) {
+    clear_instruction_list(list);
     delete list;
 }
 

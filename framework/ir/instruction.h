@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <utility>
 
 struct _instr_t {
     _instr_t* previous;
@@ -21,8 +23,25 @@ struct _instr_t {
     static void operator delete(void* memory);
 };
 
-// Frees what the calling thread keeps for instructions to come.
+struct free_instruction {
+    free_instruction* next;
+};
+inline constinit thread_local free_instruction* free_instructions = nullptr;
+
+// Puts more memory into the free list.
+void refill_instruction_pool();
+
+// Frees what the calling thread keeps for instructions; none may be left.
 void release_instruction_pool();
+
+inline void* _instr_t::operator new(std::size_t) {
+    if (!free_instructions)
+        refill_instruction_pool();
+    return std::exchange(free_instructions, free_instructions->next);
+}
+inline void _instr_t::operator delete(void* memory) {
+    free_instructions = new (memory) free_instruction{free_instructions};
+}
 
 struct _instrlist_t {
     _instr_t* first;
@@ -38,6 +57,9 @@ _instr_t* instruction_from_word(std::uint32_t word);
 
 // A meta instruction made from the word and inserted before `where`, or appended if that is null.
 void insert_meta_word(_instrlist_t* list, _instr_t* where, std::uint32_t word);
+
+// Destroys all instructions of the list.
+void clear_instruction_list(_instrlist_t* list);
 
 // An empty list, and its destruction with all instructions still in it.
 _instrlist_t* create_instruction_list();

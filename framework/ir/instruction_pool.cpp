@@ -1,28 +1,30 @@
 #include "framework/ir/instruction.h"
 
 #include <cassert>
+#include <memory>
 #include <new>
-#include <utility>
+#include <vector>
 
 namespace {
 
-struct free_instruction {
-    free_instruction* next;
+// As many as a large block has, at least.
+constexpr std::size_t chunk_instructions = 256;
+
+struct alignas(_instr_t) instruction_memory {
+    std::uint8_t bytes[sizeof(_instr_t)];
 };
-thread_local free_instruction* free_list = nullptr;
+thread_local std::vector<std::unique_ptr<instruction_memory[]>> chunks;
 
 } // namespace
 
-void* _instr_t::operator new(std::size_t size) {
-    assert(size == sizeof(_instr_t));
-    if (!free_list)
-        return ::operator new(size);
-    return std::exchange(free_list, free_list->next);
+void refill_instruction_pool() {
+    instruction_memory* const chunk =
+        chunks.emplace_back(std::make_unique<instruction_memory[]>(chunk_instructions)).get();
+    for (std::size_t n = chunk_instructions; n-- > 0;)
+        free_instructions = new (&chunk[n]) free_instruction{free_instructions};
 }
 
-void _instr_t::operator delete(void* memory) { free_list = new (memory) free_instruction{free_list}; }
-
 void release_instruction_pool() {
-    while (free_list)
-        ::operator delete(std::exchange(free_list, free_list->next));
+    free_instructions = nullptr;
+    chunks.clear();
 }

@@ -34,6 +34,17 @@ ssize_t print(file_t file, const char* format, va_list arguments) {
     return write(file, text, std::min<std::size_t>(static_cast<std::size_t>(length), sizeof text - 1));
 }
 
+void describe(module_data_t* data, const loaded_module& module, char* path) {
+    *data = {};
+    data->start = module.start;
+    data->end = module.end;
+    data->entry_point = module.entry_point;
+    data->full_path = path;
+    const char* slash = std::strrchr(path, '/');
+    data->names.file_name = slash != nullptr ? slash + 1 : path;
+    data->contiguous = true;
+}
+
 module_data_t* copy_module(const loaded_module* module) {
     if (module == nullptr)
         return nullptr;
@@ -42,16 +53,57 @@ module_data_t* copy_module(const loaded_module* module) {
     void* memory = std::malloc(sizeof(module_data_t) + path_bytes);
     if (memory == nullptr)
         return nullptr;
-    module_data_t* data = new (memory) module_data_t{};
-    data->start = module->start;
-    data->end = module->end;
-    data->entry_point = module->entry_point;
-    data->full_path = static_cast<char*>(memory) + sizeof(module_data_t);
-    std::memcpy(data->full_path, module->full_path.c_str(), path_bytes);
-    const char* slash = std::strrchr(data->full_path, '/');
-    data->names.file_name = slash != nullptr ? slash + 1 : data->full_path;
-    data->contiguous = true;
+    char* path = static_cast<char*>(memory) + sizeof(module_data_t);
+    std::memcpy(path, module->full_path.c_str(), path_bytes);
+    auto* data = static_cast<module_data_t*>(memory);
+    describe(data, *module, path);
     return data;
+}
+
+// Clients look up the module of every block and give the copy back at once: each thread keeps its last one.
+struct kept_copy {
+    module_data_t* copy = nullptr;
+    module_data_t original;
+    bool lent = false;
+    std::uint64_t version = 0, start = 0, end = 0;
+
+    ~kept_copy() {
+        if (!lent)
+            std::free(copy);
+        copy = nullptr;
+    }
+};
+thread_local kept_copy kept;
+
+module_data_t* look_up_module(byte* pc) {
+    const auto number = reinterpret_cast<std::uint64_t>(pc);
+    const std::uint64_t version = modules_version.load();
+    if (kept.version == version && number >= kept.start && number < kept.end && !kept.lent) {
+        kept.lent = kept.copy != nullptr;
+        if (kept.copy)
+            *kept.copy = kept.original;
+        return kept.copy;
+    }
+    const module_place place = find_module(pc);
+    module_data_t* const copy = copy_module(place.module.get());
+    if (!kept.lent) {
+        std::free(kept.copy);
+        kept.copy = copy;
+        if (copy)
+            kept.original = *copy;
+        kept.lent = copy != nullptr;
+        kept.version = version;
+        kept.start = place.start;
+        kept.end = place.end;
+    }
+    return copy;
+}
+
+void free_module(module_data_t* data) {
+    if (data != nullptr && data == kept.copy)
+        kept.lent = false;
+    else
+        std::free(data);
 }
 
 } // namespace
@@ -96,8 +148,8 @@ void dr_log(void*, uint mask, uint level, const char* fmt, ...) {
 }
 
 module_data_t* dr_get_main_module(void) { return copy_module(main_module()); }
-module_data_t* dr_lookup_module(byte* pc) { return copy_module(find_module(pc).get()); }
-void dr_free_module_data(module_data_t* data) { std::free(data); }
+module_data_t* dr_lookup_module(byte* pc) { return look_up_module(pc); }
+void dr_free_module_data(module_data_t* data) { free_module(data); }
 
 // The size stands in front of the memory, to hold the caller to freeing what it allocated.
 static constexpr std::size_t allocation_header = 16;

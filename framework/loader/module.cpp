@@ -30,6 +30,7 @@ auto range_above(std::uint64_t address) {
 }
 
 void cut(std::uint64_t start, std::uint64_t end) {
+    ++modules_version;
     auto range = range_above(start);
     while (range != ranges.end() && range->first < end) {
         const auto [old_start, old] = *range;
@@ -43,6 +44,7 @@ void cut(std::uint64_t start, std::uint64_t end) {
 
 // Gives the module what belongs to no other in the range.
 void fill(std::uint64_t start, std::uint64_t end, const module_pointer& module) {
+    ++modules_version;
     while (start < end) {
         const auto next = range_above(start);
         const std::uint64_t next_start = next == ranges.end() ? end : next->first;
@@ -123,9 +125,11 @@ void remove_modules(std::uint64_t start, std::uint64_t end) {
 
 const loaded_module* main_module() { return program.get(); }
 
-module_pointer find_module(const std::uint8_t* address) {
+module_place find_module(const std::uint8_t* address) {
     const auto number = reinterpret_cast<std::uint64_t>(address);
     const std::lock_guard lock(process_mutex);
     const auto range = range_above(number);
-    return range != ranges.end() && range->first <= number ? range->second.module : nullptr;
+    if (range != ranges.end() && range->first <= number)
+        return {range->second.module, range->first, range->second.end};
+    return {nullptr, number, number + 1};
 }

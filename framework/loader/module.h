@@ -2,6 +2,7 @@
 // addresses that their files are mapped to.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -29,5 +30,13 @@ void remove_modules(std::uint64_t start, std::uint64_t end);
 // The program itself, or null before it is loaded.
 const loaded_module* main_module();
 
-// The module that the address belongs to, or null.
-std::shared_ptr<const loaded_module> find_module(const std::uint8_t* address);
+// The module that the address belongs to, or null, and the range around it where the answer is the same.
+struct module_place {
+    std::shared_ptr<const loaded_module> module;
+    std::uint64_t start;
+    std::uint64_t end;
+};
+module_place find_module(const std::uint8_t* address);
+
+// Changes whenever answers may change.
+inline std::atomic<std::uint64_t> modules_version{1};

@@ -1,8 +1,9 @@
 #include "framework/runtime/block_builder.h"
 
 #include <csignal>
-#include <utility>
+#include <cstring>
 
+#include "framework/aarch64/general_registers.h"
 #include "framework/ir/instruction.h"
 #include "framework/runtime/block_exits.h"
 #include "framework/runtime/client_events.h"
@@ -19,29 +20,98 @@ namespace {
 // reach their stubs, and literal loads their literals.
 constexpr unsigned block_instructions_limit = 128;
 
-// Reads application instructions from `pc` to the end of the block into the list; returns the address behind.
-std::uint64_t read_block(_instrlist_t* list, std::uint64_t pc) {
-    const std::uint64_t limit = executable_until(pc);
-    for (unsigned count = 0; count < block_instructions_limit && pc + 4 <= limit; ++count) {
-        _instr_t* const instruction = instruction_from_application(reinterpret_cast<std::uint8_t*>(pc));
-        instrlist_append(list, instruction);
-        // Up to the store-exclusive the rest follows, branches or not.
-        if (is_load_exclusive(instruction->word)) {
-            const auto* const code = reinterpret_cast<const a64::word*>(pc);
-            const std::size_t words = find_exclusive_region(code, (limit - pc) / 4).words;
-            for (std::size_t n = 1; n < words; ++n, pc += 4)
-                instrlist_append(list, instruction_from_application(reinterpret_cast<std::uint8_t*>(pc + 4)));
-            if (words)
-                return pc + 4;
-        }
+struct block_source {
+    unsigned count;
+    bool exclusives; // it ends with a stretch between exclusives that is translated as a whole
+    read_instruction instructions[block_instructions_limit + exclusive_region_limit];
+};
+
+std::uint64_t executable_end(code_cache& cache, std::uint64_t pc) {
+    const std::uint64_t version = executable_ranges_version.load();
+    if (version != cache.ranges_version || pc < cache.range_start || pc >= cache.range_end) {
+        const executable_range range = executable_range_at(pc);
+        cache.ranges_version = version;
+        cache.range_start = range.start;
+        cache.range_end = range.end;
+    }
+    return cache.range_end;
+}
+
+// Notes the pages of the range as translated. False if all have been noted before. A change of a page that
+// this thread has noted asks the thread for a flush, so that its own list of them holds until then.
+bool note_pages(code_cache& cache, std::uint64_t start, std::uint64_t end) {
+    bool any_new = false;
+    for (std::uint64_t page = start / translated_page_bytes; page <= (end - 1) / translated_page_bytes;
+         ++page) {
+        std::uint64_t& noted = cache.noted_pages[page % noted_pages_kept];
+        if (noted == page && page)
+            continue;
+        any_new |= note_translated_pages(page * translated_page_bytes, (page + 1) * translated_page_bytes);
+        noted = page;
+    }
+    return any_new;
+}
+
+bool same_page(std::uint64_t a, std::uint64_t b) {
+    return a / translated_page_bytes == b / translated_page_bytes;
+}
+
+// Reads application instructions from `pc` to the end of the block; returns the address behind.
+std::uint64_t read_block(block_source& source, std::uint64_t pc, std::uint64_t limit) {
+    source.count = 0;
+    source.exclusives = false;
+    const auto read = [&] {
+        a64::word word;
+        std::memcpy(&word, reinterpret_cast<const void*>(pc), sizeof word);
         pc += 4;
-        if (a64::ends_block(a64::classify(instruction->word)))
+        const a64::kind kind = a64::classify(word);
+        return source.instructions[source.count++] = {word, kind};
+    };
+    while (source.count < block_instructions_limit && pc + 4 <= limit) {
+        const auto [word, kind] = read();
+        if (a64::ends_block(kind))
             break;
+        // Up to the store-exclusive the rest follows, branches or not.
+        if (is_load_exclusive(word)) {
+            const auto* const code = reinterpret_cast<const a64::word*>(pc - 4);
+            const unsigned words = find_exclusive_region(code, (limit - pc) / 4 + 1).words;
+            source.exclusives = words != 0;
+            for (unsigned n = 1; n < words; ++n)
+                read();
+            if (words)
+                break;
+        }
     }
     return pc;
 }
 
-// A bound of the words that the list becomes.
+void make_list(_instrlist_t* list, const block_source& source, std::uint64_t pc) {
+    _instr_t* last = nullptr;
+    for (unsigned n = 0; n < source.count; ++n, pc += 4) {
+        auto* const raw = reinterpret_cast<std::uint8_t*>(pc);
+        auto* const instruction =
+            new _instr_t{last, nullptr, raw, raw, nullptr, source.instructions[n].word, true, false};
+        (last ? last->next : list->first) = instruction;
+        last = instruction;
+    }
+    list->last = last;
+}
+
+// True if the list is still what was read, and each of its instructions stands for itself.
+bool is_unchanged(const _instrlist_t* list, const block_source& source, std::uint64_t pc) {
+    if (source.exclusives)
+        return false;
+    const _instr_t* instruction = list->first;
+    for (unsigned n = 0; n < source.count; ++n, pc += 4, instruction = instruction->next)
+        if (!instruction || instruction->raw != reinterpret_cast<std::uint8_t*>(pc) || !instruction->is_app)
+            return false;
+    return !instruction;
+}
+
+// A bound of the words that so many instructions as they were read, or those of the list, become.
+std::size_t words_needed(unsigned instructions) {
+    return 2 * transfer_words_limit + instructions * std::size_t{mangled_words_limit};
+}
 std::size_t words_needed(const _instrlist_t* list) {
     std::size_t words = 2 * transfer_words_limit;
     for (const _instr_t* instruction = list->first; instruction; instruction = instruction->next)
@@ -50,8 +120,7 @@ std::size_t words_needed(const _instrlist_t* list) {
 }
 
 // Emits an application instruction; returns true if the block ends with it.
-bool emit_application(code_cache& cache, a64::word instruction, std::uint64_t pc) {
-    const a64::kind kind = a64::classify(instruction);
+bool emit_application(code_cache& cache, a64::word instruction, a64::kind kind, std::uint64_t pc) {
     switch (kind) {
     case a64::kind::invalidate_code:
         emit_application_instruction(cache.out, instruction, kind, pc);
@@ -96,23 +165,24 @@ bool emit_one(code_cache& cache, const _instr_t*& instruction) {
     const a64::word* const code = cache.out.cursor;
     bool ends = false, indivisible = false;
     cache.out.effect = nullptr;
+    cache.out.indivisible = false;
     for (; instruction && application_instruction(instruction) == one && !ends;
          instruction = instruction->next) {
         indivisible |= !instruction->raw;
         if (instruction->is_label)
             continue;
         if (instruction->is_app)
-            ends = emit_application(cache, instruction->word, pc);
+            ends = emit_application(cache, instruction->word, a64::classify(instruction->word), pc);
         else
             cache.out.put(instruction->word);
     }
-    add_instruction(cache.map, code, cache.out.cursor, cache.out.effect, indivisible);
+    *add_instructions(cache.map, 1) =
+        extent_of(code, cache.out.cursor, cache.out.effect, indivisible || cache.out.indivisible);
     return ends;
 }
 
 // Emits the code of the list from the cache's cursor on.
-void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start, std::uint64_t end) {
-    begin_fragment(cache.map, cache.out.cursor, start);
+void emit_list(code_cache& cache, const _instrlist_t* list, std::uint64_t end) {
     const _instr_t* instruction = list->first;
     while (instruction) {
         if (instruction->raw && is_load_exclusive(instruction->word) && emit_exclusives(cache, instruction))
@@ -123,7 +193,40 @@ void emit_code(code_cache& cache, const _instrlist_t* list, std::uint64_t start,
     emit_direct_exit(cache, end);
 }
 
+// Emits the block as it was read, and keeps its instructions for copies.
+void emit_source(code_cache& cache, const block_source& source, block& built, std::uint64_t start,
+                 std::uint64_t end) {
+    built.copyable = true;
+    built.first_instruction = static_cast<std::uint32_t>(cache.instructions.size());
+    built.instructions = static_cast<std::uint16_t>(source.count);
+    cache.instructions.insert(cache.instructions.end(), source.instructions,
+                              source.instructions + source.count);
+    emit_instructions(cache, source.instructions, source.count, start);
+    const a64::kind last = source.instructions[source.count - 1].kind;
+    if (!a64::ends_block(last) || last == a64::kind::trap || last == a64::kind::unknown_branch)
+        emit_direct_exit(cache, end);
+}
+
 } // namespace
+
+void emit_instructions(code_cache& cache, const read_instruction* instructions, unsigned count,
+                       std::uint64_t pc) {
+    emitter& out = cache.out;
+    code_map::extent* extent = add_instructions(cache.map, count);
+    for (unsigned n = 0; n < count; ++n, pc += 4) {
+        const auto [word, kind] = instructions[n];
+        const a64::word* const code = out.cursor;
+        if (kind == a64::kind::plain && !a64::may_name(word, a64::stolen_register)) {
+            out.put(word);
+            *extent++ = {1};
+            continue;
+        }
+        out.effect = nullptr;
+        out.indivisible = false;
+        emit_application(cache, word, kind, pc);
+        *extent++ = extent_of(code, out.cursor, out.effect, out.indivisible);
+    }
+}
 
 const block* build_block(thread_context* context, exit_record* from) {
     code_cache& cache = *context->cache;
@@ -132,24 +235,26 @@ const block* build_block(thread_context* context, exit_record* from) {
         raise_fault(context, SIGBUS, BUS_ADRALN, pc);
         return nullptr;
     }
-    if (executable_until(pc) < pc + 4) {
+    const std::uint64_t limit = executable_end(cache, pc);
+    if (limit < pc + 4) {
         std::uint8_t byte;
         raise_fault(context, SIGSEGV, read_application(byte, pc) ? SEGV_ACCERR : SEGV_MAPERR, pc);
         return nullptr;
     }
 
-    _instrlist_t* list = create_instruction_list();
+    block_source source;
     // The pages are noted before they are read, so that no change of theirs by another thread is missed.
-    note_translated_pages(pc, pc + 4);
-    std::uint64_t end = read_block(list, pc);
-    if (note_translated_pages(pc, end)) {
-        destroy_instruction_list(std::exchange(list, create_instruction_list()));
-        end = read_block(list, pc);
-    }
-    raise_block_event(context, reinterpret_cast<void*>(pc), list, false, false);
+    note_pages(cache, pc, pc + 4);
+    std::uint64_t end = read_block(source, pc, limit);
+    if (!same_page(pc, end - 1) && note_pages(cache, pc, end))
+        end = read_block(source, pc, limit);
+    _instrlist_t list{};
+    make_list(&list, source, pc);
+    raise_block_event(context, reinterpret_cast<void*>(pc), &list, false, false);
+    const bool unchanged = is_unchanged(&list, source, pc);
 
     const unsigned generation = cache.generation;
-    reserve_words(cache, words_needed(list));
+    reserve_words(cache, unchanged ? words_needed(source.count) : words_needed(&list));
     const bool may_link = from && generation == cache.generation; // a flush has freed the record
     block built{};
     const bool in_place = may_link && continue_in_place(cache, *from);
@@ -158,13 +263,18 @@ const block* build_block(thread_context* context, exit_record* from) {
         emit_landing(cache.out);
     }
     built.entry = cache.out.cursor;
-    emit_code(cache, list, pc, end);
-    destroy_instruction_list(list);
-    built.landing = place_cold_code(cache, built);
+    cache.exit_path = nullptr;
+    begin_fragment(cache.map, built.entry, pc);
+    if (unchanged)
+        emit_source(cache, source, built, pc, end);
+    else
+        emit_list(cache, &list, end);
+    clear_instruction_list(&list);
+    place_cold_code(cache, {&built, 1});
     // The word ahead belongs to the branch that may have been changed.
     __builtin___clear_cache(reinterpret_cast<char*>(built.entry - 1),
                             reinterpret_cast<char*>(cache.out.cursor));
     if (may_link && !in_place)
         link_exit(*from, built);
-    return &cache.blocks.emplace(pc, built).first->second;
+    return cache.blocks.add({pc, nullptr}, built);
 }

@@ -16,13 +16,13 @@ constexpr std::int64_t app_x28_offset = offsetof(thread_context, app_x28);
 void save_hand_over(emitter& out) { out.put(stp_x(first, second, context_register, hand_over_slot)); }
 
 exit_record* new_exit(code_cache& cache, exit_kind kind, std::uint64_t target) {
-    return &cache.exits.emplace_back(exit_record{kind, false, false, 0, target, nullptr, nullptr, nullptr});
+    return &cache.exits.add({kind, false, 0, target, nullptr, nullptr, nullptr, cache.exit_path,
+                             cache.exit_path != nullptr, nullptr, 0});
 }
 
 // Emits a transfer whose target is a linkable exit.
-exit_record* emit_linkable(code_cache& cache, word transfer, std::uint64_t target, bool hand_over_saved) {
+exit_record* emit_linkable(code_cache& cache, word transfer, std::uint64_t target) {
     exit_record* const exit = new_exit(cache, exit_kind::direct, target);
-    exit->hand_over_saved = hand_over_saved;
     exit->branch = cache.out.cursor;
     cache.out.put(transfer);
     cache.unplaced_stubs.push_back(exit);
@@ -39,18 +39,21 @@ void emit_leave(emitter& out, const exit_record* record) {
     out.put_effect(br(second));
 }
 
-// CBZ or TBZ of X28 tests a hand-over register; both sides enter their targets at the landing, which restores
-// it.
+// CBZ or TBZ of X28 tests it with the application's value in place.
 void emit_conditional(code_cache& cache, word instruction, kind k, std::uint64_t pc) {
-    const bool of_x28 = k != kind::branch_condition && rd(instruction) == stolen_register;
-    if (of_x28) {
-        save_hand_over(cache.out);
-        cache.out.put(ldr_x(first, context_register, app_x28_offset));
-        instruction = (instruction & ~word{31}) | first;
+    emitter& out = cache.out;
+    const std::uint64_t target = named_address(instruction, k, pc);
+    if (k == kind::branch_condition || rd(instruction) != stolen_register) {
+        out.effect = out.cursor;
+        exit_record* const taken = emit_linkable(cache, instruction, target);
+        taken->untaken = emit_linkable(cache, b(0), pc + 4);
+        return;
     }
-    cache.out.effect = cache.out.cursor;
-    exit_record* const taken = emit_linkable(cache, instruction, named_address(instruction, k, pc), of_x28);
-    taken->untaken = emit_linkable(cache, b(0), pc + 4, of_x28);
+    out.put(ldr_x(context_register, context_register, app_x28_offset));
+    cache.unplaced_restores.push_back({out.cursor, target});
+    out.put_effect(instruction);
+    out.restore_context();
+    emit_linkable(cache, b(0), pc + 4);
 }
 
 struct link {
@@ -126,6 +129,8 @@ constexpr std::size_t literal_words = 2;
 constexpr std::size_t landing_words = 2;
 constexpr std::size_t stub_words = 4 + literal_words;
 constexpr std::size_t miss_words = 6 + literal_words;
+constexpr std::size_t return_miss_words = 6 + literal_words;
+constexpr std::size_t restore_words = 2 + literal_words + stub_words;
 
 std::size_t side_exit_words(const side_exit& exit) { return exit.code.size() + 1 + stub_words; }
 
@@ -135,14 +140,13 @@ void place_side_exit(code_cache& cache, const side_exit& exit) {
     *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
     for (const word instruction : exit.code)
         out.put(instruction);
-    emit_linkable(cache, b(0), exit.target, false);
+    emit_linkable(cache, b(0), exit.target);
 }
 
 void place_exit_stub(emitter& out, exit_record& exit) {
     exit.stub = out.cursor;
     *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
-    if (!exit.hand_over_saved)
-        save_hand_over(out);
+    save_hand_over(out);
     emit_leave(out, &exit);
 }
 
@@ -156,11 +160,27 @@ void place_miss(emitter& out, const look_up_miss& miss) {
     emit_leave(out, nullptr);
 }
 
+void place_restore(code_cache& cache, const restoring_exit& exit) {
+    emitter& out = cache.out;
+    *exit.branch = with_offset(*exit.branch, out.offset_from(exit.branch));
+    out.restore_context();
+    emit_linkable(cache, b(0), exit.target);
+}
+
+void place_return_miss(code_cache& cache, word* branch) {
+    emitter& out = cache.out;
+    *branch = with_offset(*branch, out.offset_from(branch));
+    out.restore_context();
+    save_hand_over(out);
+    out.put(str_x(link_register, context_register, offsetof(thread_context, pc)));
+    emit_leave(out, nullptr);
+}
+
 } // namespace
 
 void emit_landing(emitter& out) { out.put(ldp_x(first, second, context_register, hand_over_slot)); }
 
-void emit_direct_exit(code_cache& cache, std::uint64_t target) { emit_linkable(cache, b(0), target, false); }
+void emit_direct_exit(code_cache& cache, std::uint64_t target) { emit_linkable(cache, b(0), target); }
 
 void emit_side_exit(code_cache& cache, word transfer, std::uint64_t target, std::vector<word> code) {
     cache.unplaced_side_exits.push_back({cache.out.cursor, target, std::move(code)});
@@ -178,7 +198,9 @@ void emit_transfer(code_cache& cache, word instruction, kind k, std::uint64_t pc
     switch (k) {
     case kind::branch_link:
         cache.out.load_constant(link_register, pc + 4);
-        [[fallthrough]];
+        emit_linkable(cache, b(0), named_address(instruction, k, pc))->path =
+            path_of_call(cache.paths, outermost_path(cache.paths), pc + 4);
+        return;
     case kind::branch:
         emit_direct_exit(cache, named_address(instruction, k, pc));
         return;
@@ -208,32 +230,82 @@ void emit_transfer(code_cache& cache, word instruction, kind k, std::uint64_t pc
     }
 }
 
-a64::word* place_cold_code(code_cache& cache, const block& block) {
+void emit_known_return(code_cache& cache, std::uint64_t return_address, bool link_intact) {
+    if (link_intact)
+        return;
+    // X28 serves as the scratch register, since its value is a constant of the thread.
     emitter& out = cache.out;
-    std::size_t words = landing_words + cache.unplaced_stubs.size() * stub_words +
-                        cache.unplaced_misses.size() * miss_words + out.literals.size() * literal_words + 1;
+    out.load_constant(context_register, return_address);
+    out.put(sub_register(context_register, context_register, link_register));
+    cache.unplaced_return_misses.push_back(out.cursor);
+    out.put(cbnz_x(context_register, 0));
+    out.effect = out.cursor;
+    out.restore_context();
+}
+
+void place_cold_code(code_cache& cache, std::span<block> blocks) {
+    emitter& out = cache.out;
+    std::size_t words =
+        blocks.size() * landing_words + cache.unplaced_stubs.size() * stub_words +
+        cache.unplaced_misses.size() * miss_words + cache.unplaced_return_misses.size() * return_miss_words +
+        cache.unplaced_restores.size() * restore_words + out.literals.size() * literal_words + 1;
     for (const side_exit& exit : cache.unplaced_side_exits)
         words += side_exit_words(exit);
     word* const start = take_cold_words(cache, words);
     word* const code_end = std::exchange(out.cursor, start);
-    word* landing = block.landing;
-    if (!landing) {
-        landing = out.cursor;
+    for (block& each : blocks) {
+        if (each.landing)
+            continue;
+        each.landing = out.cursor;
         emit_landing(out);
-        out.put(b((block.entry - out.cursor) * 4));
+        out.put(b((each.entry - out.cursor) * 4));
     }
     for (const side_exit& exit : cache.unplaced_side_exits)
         place_side_exit(cache, exit);
+    for (const restoring_exit& exit : cache.unplaced_restores)
+        place_restore(cache, exit);
     for (exit_record* exit : cache.unplaced_stubs)
         place_exit_stub(out, *exit);
     for (const look_up_miss& miss : cache.unplaced_misses)
         place_miss(out, miss);
+    for (word* const branch : cache.unplaced_return_misses)
+        place_return_miss(cache, branch);
     out.place_literals();
     assert(out.cursor <= start + words);
     __builtin___clear_cache(reinterpret_cast<char*>(start), reinterpret_cast<char*>(out.cursor));
     cache.unplaced_stubs.clear();
+    cache.unplaced_restores.clear();
     cache.unplaced_misses.clear();
     cache.unplaced_side_exits.clear();
+    cache.unplaced_return_misses.clear();
     out.cursor = code_end;
-    return landing;
+}
+
+void link_counting(code_cache& cache, exit_record& exit, const block& target, std::uint32_t executions) {
+    emitter& out = cache.out;
+    if (static_cast<std::size_t>(cache.cold - out.cursor) < counter_words ||
+        cache.chunk_end - out.cursor > static_cast<std::ptrdiff_t>(chunk_words)) {
+        exit.path = nullptr;
+        link_exit(exit, target);
+        return;
+    }
+    exit.countdown = executions;
+    word* const start = take_cold_words(cache, counter_words);
+    exit.counter = start;
+    word* const code_end = std::exchange(out.cursor, start);
+    save_hand_over(out);
+    out.load_constant(first, reinterpret_cast<std::uint64_t>(&exit));
+    constexpr std::int64_t countdown = offsetof(exit_record, countdown);
+    out.put(load_store(access::w, true, second, first, countdown));
+    out.put(sub_immediate_w(second, second, 1));
+    out.put(load_store(access::w, false, second, first, countdown));
+    out.put(cbz_w(second, 8));
+    out.put(b((target.landing - out.cursor) * 4));
+    out.put(ldr_x(second, context_register, offsetof(thread_context, exit_entry)));
+    out.put(br(second));
+    out.place_literals();
+    assert(out.cursor <= start + counter_words);
+    __builtin___clear_cache(reinterpret_cast<char*>(start), reinterpret_cast<char*>(out.cursor));
+    out.cursor = code_end;
+    branch_to(exit, start);
 }

@@ -2,6 +2,8 @@
 // that leave the cache.
 #pragma once
 
+#include <span>
+
 #include "framework/aarch64/classify.h"
 #include "framework/runtime/code_cache.h"
 
@@ -25,6 +27,14 @@ void emit_dispatcher_exit(code_cache& cache, exit_kind kind, std::uint64_t targe
 // instruction.
 void emit_transfer(code_cache& cache, a64::word instruction, a64::kind kind, std::uint64_t pc);
 
-// Emits the stubs and literals of the block whose code ends at the cache's cursor, and for a block that has
-// no landing yet a landing that goes to its entry. Returns the landing.
-a64::word* place_cold_code(code_cache& cache, const block& block);
+// Emits what is left of a return to a known address: nothing if X30 holds it for sure, else a comparison; if
+// that fails, the dispatcher finds the target.
+void emit_known_return(code_cache& cache, std::uint64_t return_address, bool link_intact);
+
+// Emits the stubs and literals of the code that ends at the cache's cursor, and for each of its blocks that
+// has no landing yet a landing that goes to its entry.
+void place_cold_code(code_cache& cache, std::span<block> blocks);
+
+// Makes the exit go to the block until it has been executed `executions` times, and then leave once more. May
+// make it go to the block for good.
+void link_counting(code_cache& cache, exit_record& exit, const block& target, std::uint32_t executions);

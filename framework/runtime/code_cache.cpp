@@ -27,7 +27,8 @@ void clear_lookup_entry(thread_context* context, std::uint64_t application_pc) {
     entry = {first ? std::uint64_t{4} : 0, 0};
 }
 
-exit_record interruption_exit{exit_kind::interrupted, true, false, 0, 0, nullptr, nullptr, nullptr};
+exit_record interruption_exit{
+    exit_kind::interrupted, false, 0, 0, nullptr, nullptr, nullptr, nullptr, false, nullptr, 0};
 
 std::uint8_t* map_cache(std::uint64_t near_address, std::size_t bytes) {
     constexpr int protection = PROT_READ | PROT_WRITE | PROT_EXEC;
@@ -98,6 +99,7 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
     cache->mapping_bytes = bytes;
     cache->limit = reinterpret_cast<a64::word*>(memory + bytes);
     cache->out.cursor = first;
+    cache->out.context = reinterpret_cast<std::uint64_t>(context);
     cache->gate = emit_gates(cache->out, &interruption_exit);
     cache->start = cache->out.cursor;
     cache->cold = cache->chunk_end = cache->start;
@@ -109,10 +111,13 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
 }
 
 void flush_code_cache(code_cache& cache) {
-    for (const auto& [application_pc, block] : cache.blocks)
-        clear_lookup_entry(cache.context, application_pc);
+    cache.blocks.for_each_key(
+        [&](const block_key& key) { clear_lookup_entry(cache.context, key.application_pc); });
     cache.blocks.clear();
+    cache.instructions.clear();
+    clear_call_paths(cache.paths);
     cache.exits.clear();
+    std::fill_n(cache.noted_pages, noted_pages_kept, 0);
     clear_code_map(cache.map);
     cache.out.cursor = cache.cold = cache.chunk_end = cache.start;
     ++cache.generation;
@@ -139,6 +144,11 @@ void reserve_words(code_cache& cache, std::size_t words) {
     cache.cold = cache.chunk_end;
 }
 
+bool has_room(const code_cache& cache, std::size_t words) {
+    return static_cast<std::size_t>(cache.cold - cache.out.cursor) >= words ||
+           static_cast<std::size_t>(cache.limit - cache.chunk_end) >= words;
+}
+
 a64::word* take_cold_words(code_cache& cache, std::size_t words) {
     words += words % 2; // literals are aligned
     // A chunk that is larger than usual holds one large block, whose branches may not reach its end: the rest
@@ -154,13 +164,7 @@ a64::word* take_cold_words(code_cache& cache, std::size_t words) {
     return cache.cold;
 }
 
-const block* find_block(const code_cache& cache, std::uint64_t application_pc) {
-    const auto found = cache.blocks.find(application_pc);
-    return found == cache.blocks.end() ? nullptr : &found->second;
-}
-
-void link_exit(exit_record& exit, const block& target) {
-    const a64::word* const destination = exit.hand_over_saved ? target.landing : target.entry;
+void branch_to(exit_record& exit, const a64::word* destination) {
     a64::word* place = exit.branch;
     if (a64::transfer_reaches(*place, (destination - place) * 4)) {
         *place = a64::with_offset(*place, (destination - place) * 4);
@@ -172,8 +176,10 @@ void link_exit(exit_record& exit, const block& target) {
     synchronise_code(place, place + 1);
 }
 
+void link_exit(exit_record& exit, const block& target) { branch_to(exit, target.entry); }
+
 bool continue_in_place(code_cache& cache, exit_record& exit) {
-    if (exit.hand_over_saved || exit.linked)
+    if (exit.linked)
         return false;
     if (exit.branch + 1 == cache.out.cursor) {
         cache.out.cursor = exit.branch;
@@ -192,6 +198,11 @@ bool continue_in_place(code_cache& cache, exit_record& exit) {
     untaken->branch = exit.branch;
     exit.linked = true;
     return true;
+}
+
+bool ends_code(const code_cache& cache, const exit_record& exit) {
+    return exit.branch + 1 == cache.out.cursor ||
+           (exit.untaken && exit.untaken->branch + 1 == cache.out.cursor);
 }
 
 void enter_in_lookup_table(code_cache& cache, std::uint64_t application_pc, const block& target) {

@@ -5,9 +5,11 @@
 // follow.
 #pragma once
 
-#include <deque>
-#include <unordered_map>
+#include <atomic>
 
+#include "framework/aarch64/classify.h"
+#include "framework/runtime/address_table.h"
+#include "framework/runtime/call_paths.h"
 #include "framework/runtime/code_map.h"
 #include "framework/runtime/gates.h"
 
@@ -18,16 +20,27 @@ enum class exit_kind : std::uint8_t {
     interrupted,     // by a signal; to where the context's `pc` says
 };
 
+inline constexpr std::size_t counter_words = 12;
+
 // One exit of a block. Freed when the cache is flushed.
 struct exit_record {
     exit_kind kind;
-    bool hand_over_saved; // the hand-over registers are saved, so that the target is entered at its landing
-    bool linked;          // `branch` goes to the target
+    bool linked; // `branch` goes to the target
     std::uint8_t detail;
-    std::uint64_t target; // application address where execution goes on
-    a64::word* branch;    // the transfer that goes to the stub until it is linked, null if there is none
-    a64::word* stub;      // the code that leaves the cache
-    exit_record* untaken; // of the taken side of a conditional transfer: the other side, which follows it
+    std::uint64_t target;    // application address where execution goes on
+    a64::word* branch;       // the transfer that goes to the stub until it is linked, null if there is none
+    a64::word* stub;         // the code that leaves the cache
+    exit_record* untaken;    // of the taken side of a conditional transfer: the other side, which follows it
+    const call_path* path;   // by which a copy of the target would be reached, null if none is to be made
+    bool in_copy;            // it leaves a copy
+    a64::word* counter;      // the code that counts the executions of the link, null if there is none
+    std::uint32_t countdown; // of executions until the target is copied
+};
+
+// The taken side of a test of X28, which X28 is to get its value back on.
+struct restoring_exit {
+    a64::word* branch; // goes there
+    std::uint64_t target;
 };
 
 // A look-up of an indirect branch, as far as the code for its failure needs to know it.
@@ -47,12 +60,31 @@ struct side_exit {
     std::vector<a64::word> code;
 };
 
+struct read_instruction {
+    a64::word word;
+    a64::kind kind;
+};
+
 // Where a block is entered: with the application's registers in place, or by its landing with the hand-over
 // registers saved.
 struct block {
     a64::word* entry;
     a64::word* landing;
+    std::uint32_t first_instruction; // its place in the cache's `instructions`
+    std::uint16_t instructions;      // the number of them
+    bool copyable;                   // the client has left it as it was
+    std::uint8_t copies;
 };
+
+// A copy of a block is made for the path of calls that leads to it; the path of the block itself is null.
+struct block_key {
+    std::uint64_t application_pc;
+    const call_path* path;
+    std::uint64_t mixed() const { return reinterpret_cast<std::uintptr_t>(path) * 0x9E3779B97F4A7C15; }
+    bool operator==(const block_key&) const = default;
+};
+
+inline constexpr std::size_t noted_pages_kept = 64;
 
 // The memory is filled in chunks. In a chunk, code grows upwards, and what is run seldom or never once blocks
 // are linked, stubs and literals, downwards from the end: so the code of a block ends where the next one
@@ -69,12 +101,23 @@ struct code_cache {
 
     // What the block under construction still needs beside its code.
     std::vector<exit_record*> unplaced_stubs;
+    std::vector<restoring_exit> unplaced_restores;
     std::vector<look_up_miss> unplaced_misses;
     std::vector<side_exit> unplaced_side_exits;
+    std::vector<a64::word*> unplaced_return_misses; // CBNZ of X28, which is the context's address no longer
 
-    std::unordered_map<std::uint64_t, block> blocks; // by application address
-    std::deque<exit_record> exits;
+    address_table<block_key, block> blocks;
+    std::vector<read_instruction> instructions; // of the application, as they were read
+    call_paths paths;
+    const call_path* exit_path; // of the exits being emitted
+    stable_pool<exit_record> exits;
     code_map map;
+
+    // What is known without a lock of the memory that blocks are read from: the executable range last used,
+    // at a version of the ranges, and pages that have been noted as translated since the last flush.
+    std::uint64_t ranges_version, range_start, range_end;
+    std::uint64_t noted_pages[noted_pages_kept];
+
     unsigned generation; // counts flushes
 
     void* mapping; // all of the memory
@@ -105,11 +148,20 @@ void clear_lookup_entries(thread_context* context, std::uint64_t start, std::uin
 // need be after a flush.
 void reserve_words(code_cache& cache, std::size_t words);
 
+// True if that much can be reserved without a flush.
+bool has_room(const code_cache& cache, std::size_t words);
+
 // Takes room for stubs and literals, once the code of the block stands.
 a64::word* take_cold_words(code_cache& cache, std::size_t words);
 
-// The block of that address, or null if there is none.
-const block* find_block(const code_cache& cache, std::uint64_t application_pc);
+// The block of that address, or its copy for a path. Null if there is none.
+inline const block* find_block(const code_cache& cache, std::uint64_t application_pc,
+                               const call_path* path = nullptr) {
+    return cache.blocks.find({application_pc, path});
+}
+
+// Makes the exit's branch go there, by way of its stub if it has to.
+void branch_to(exit_record& exit, const a64::word* destination);
 
 // Makes the exit go straight to the block.
 void link_exit(exit_record& exit, const block& target);
@@ -117,6 +169,9 @@ void link_exit(exit_record& exit, const block& target);
 // Gives up the branch that ends the code of the current chunk, if the exit is a side of it that has not been
 // linked yet, so that the exit's target can be built in its place. False if that cannot be.
 bool continue_in_place(code_cache& cache, exit_record& exit);
+
+// True if the exit's branch, or that of its other side, ends the code of the current chunk.
+bool ends_code(const code_cache& cache, const exit_record& exit);
 
 // Makes indirect branches to the application address find the block.
 void enter_in_lookup_table(code_cache& cache, std::uint64_t application_pc, const block& target);

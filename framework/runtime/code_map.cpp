@@ -9,15 +9,6 @@ void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc, reg
     map.fragments.push_back({start, pc, first, 0, in_place});
 }
 
-void add_instruction(code_map& map, const a64::word* start, const a64::word* end, const a64::word* effect,
-                     bool indivisible) {
-    const auto words = end - start, effect_at = effect ? effect - start : 0;
-    assert(words < 2048 && effect_at < 16);
-    map.extents.push_back({static_cast<std::uint16_t>(words), static_cast<std::uint16_t>(effect_at),
-                           static_cast<std::uint16_t>(indivisible)});
-    ++map.fragments.back().extents;
-}
-
 std::optional<code_place> find_place(const code_map& map, const a64::word* where) {
     const auto above = std::upper_bound(
         map.fragments.begin(), map.fragments.end(), where,
@@ -28,13 +19,13 @@ std::optional<code_place> find_place(const code_map& map, const a64::word* where
     const a64::word* start = fragment.start;
     for (std::uint32_t n = 0; n < fragment.extents; ++n) {
         const code_map::extent extent = map.extents[fragment.first_extent + n];
-        const a64::word* const end = start + extent.words;
+        const a64::word* const end = start + extent.words();
         const std::uint64_t pc = fragment.pc + 4 * n;
         if (where < end)
             return code_place{start,
                               end,
-                              start + extent.effect,
-                              extent.indivisible != 0,
+                              start + extent.effect(),
+                              extent.indivisible(),
                               pc,
                               pc + 4,
                               n > 0 ? fragment.in_place : none_in_place};

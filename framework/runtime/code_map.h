@@ -9,6 +9,9 @@
 // borrowed registers from their slots, and behind it by carrying out the few words that are left. A register
 // that the instruction overwrites without reading it may be changed before the effect.
 //
+// X28 itself may serve as a scratch register before the effect, since its value, the context's address, is a
+// constant of the thread; it is loaded from a literal at the end.
+//
 // Code that is not in the map, stubs and landings, soon comes to the dispatcher or jumps to code that is.
 #pragma once
 
@@ -36,10 +39,13 @@ struct code_place {
 };
 
 struct code_map {
+    // The number of words, the place of the effect among them, and whether the code is indivisible.
     struct extent {
-        std::uint16_t words : 11;
-        std::uint16_t effect : 4; // from the first word
-        std::uint16_t indivisible : 1;
+        std::uint16_t bits;
+
+        unsigned words() const { return bits & 0x7FF; }
+        unsigned effect() const { return bits >> 11 & 0xF; }
+        bool indivisible() const { return bits >> 15; }
     };
     // Code of consecutive application instructions.
     struct fragment {
@@ -57,9 +63,20 @@ struct code_map {
 void begin_fragment(code_map& map, const a64::word* start, std::uint64_t pc,
                     registers_in_place in_place = none_in_place);
 
-// Adds the next instruction, whose code is [start, end). An effect of null is its first word.
-void add_instruction(code_map& map, const a64::word* start, const a64::word* end, const a64::word* effect,
-                     bool indivisible = false);
+// Adds that many instructions, for which the extents are to be stored where the result points.
+inline code_map::extent* add_instructions(code_map& map, unsigned count) {
+    map.extents.resize(map.extents.size() + count);
+    map.fragments.back().extents += count;
+    return &map.extents.back() + 1 - count;
+}
+
+// What the map keeps of an instruction whose code is [start, end). An effect of null is its first word.
+inline code_map::extent extent_of(const a64::word* start, const a64::word* end, const a64::word* effect,
+                                  bool indivisible = false) {
+    const auto words = end - start, effect_at = effect ? effect - start : 0;
+    assert(words < 2048 && effect_at < 16);
+    return {static_cast<std::uint16_t>(words | effect_at << 11 | (indivisible ? 1 << 15 : 0))};
+}
 
 // The instruction that the word belongs to; none if it is not in the map.
 std::optional<code_place> find_place(const code_map& map, const a64::word* where);

@@ -4,6 +4,7 @@
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/signals.h"
 #include "framework/runtime/system_calls.h"
+#include "framework/runtime/traces.h"
 #include "framework/runtime/translated_pages.h"
 
 namespace {
@@ -49,7 +50,18 @@ exit_record* leave(thread_context* context, exit_record* exit) {
 // The block where the application goes on, built if need be and linked to the exit that leads to it. Null if
 // the application cannot go on there and a signal says so.
 const block* next_block(thread_context* context, exit_record* from) {
-    const block* const found = find_block(*context->cache, context->pc);
+    code_cache& cache = *context->cache;
+    if (from && from->path) {
+        if (const block* const found = follow_path(cache, *from))
+            return found;
+        const unsigned generation = cache.generation;
+        const block* const built = build_block(context, nullptr);
+        return built && generation == cache.generation ? follow_path(cache, *from) : built;
+    }
+    if (!from)
+        if (const block* const copy = find_block(cache, context->pc, outermost_path(cache.paths)))
+            return copy;
+    const block* const found = find_block(cache, context->pc);
     if (!found)
         return build_block(context, from);
     if (from)

@@ -16,6 +16,9 @@ struct emitter {
 
     // The word of the instruction being emitted that the application sees the effect of; null for its first.
     a64::word* effect;
+    bool indivisible; // the instruction's code has to run to its end, since its effect is more than one word
+
+    std::uint64_t context; // what X28 holds: its code may use X28 for another purpose and load it anew
 
     void put(a64::word word) { *cursor++ = word; }
 
@@ -30,6 +33,9 @@ struct emitter {
         literals.push_back({cursor, value});
         put(a64::ldr_literal_x(rt, 0));
     }
+
+    // Gives X28 its value back.
+    void restore_context() { load_constant(a64::stolen_register, context); }
 
     // Writes the literals and completes the loads.
     void place_literals() {

@@ -215,7 +215,8 @@ void emit_exclusive_region(code_cache& cache, const exclusive_region& region, co
             for (const word instruction : at_end)
                 out.put(instruction);
         }
-        add_instruction(cache.map, std::exchange(start, out.cursor), out.cursor, out.effect);
+        const word* const code_start = std::exchange(start, out.cursor);
+        *add_instructions(cache.map, 1) = extent_of(code_start, out.cursor, out.effect);
     }
     emit_direct_exit(cache, pc + 4 * region.words);
 }

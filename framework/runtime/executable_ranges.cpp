@@ -17,6 +17,7 @@ void add_executable_range(std::uint64_t start, std::uint64_t end) {
     if (start >= end)
         return;
     const std::lock_guard lock(process_mutex);
+    ++executable_ranges_version;
     auto next = ranges.upper_bound(start);
     if (next != ranges.begin() && std::prev(next)->second >= start)
         --next;
@@ -32,6 +33,7 @@ void remove_executable_range(std::uint64_t start, std::uint64_t end) {
     if (start >= end)
         return;
     const std::lock_guard lock(process_mutex);
+    ++executable_ranges_version;
     auto next = ranges.upper_bound(start);
     if (next != ranges.begin() && std::prev(next)->second > start)
         --next;
@@ -45,10 +47,12 @@ void remove_executable_range(std::uint64_t start, std::uint64_t end) {
     }
 }
 
-std::uint64_t executable_until(std::uint64_t address) {
+executable_range executable_range_at(std::uint64_t address) {
     const std::lock_guard lock(process_mutex);
     const auto next = ranges.upper_bound(address);
     if (next == ranges.begin() || std::prev(next)->second <= address)
-        return 0;
-    return std::prev(next)->second;
+        return {0, 0};
+    return {std::prev(next)->first, std::prev(next)->second};
 }
+
+std::uint64_t executable_until(std::uint64_t address) { return executable_range_at(address).end; }

@@ -25,8 +25,16 @@ unsigned unnamed_register(word instruction) {
     return candidate;
 }
 
-// ORR of the zero register: a move between X registers.
-constexpr bool is_move(word instruction) { return (instruction & 0xFFE0FFE0) == 0xAA0003E0; }
+// ORR of the zero register: a move between registers, X or W; and the load of a zero.
+constexpr bool is_move(word instruction) { return (instruction & 0x7FE0FFE0) == 0x2A0003E0; }
+constexpr bool is_wide(word instruction) { return instruction & 0x80000000; }
+constexpr bool is_move_of_zero(word instruction) { return (instruction & 0x7FFFFFE0) == 0x52800000; }
+
+// LDP of another register and X28 from the stack, at an offset that is a multiple of 16 and not negative.
+constexpr bool is_aligned_pair_load(word instruction) {
+    return (instruction & 0xFFE0FFE0) == 0xA94073E0 && rd(instruction) != stolen_register &&
+           rd(instruction) != zero_register;
+}
 
 // A register that the instruction writes, does not read, and may hold X28's value before it, or X28 if there
 // is none. An instruction that may fault has to find the register as the application left it.
@@ -57,6 +65,30 @@ void emit_with_borrowed(emitter& out, word body, unsigned borrowed, use of_x28) 
     if (of_x28 & writes)
         out.put(str_x(borrowed, context_register, app_x28_offset));
     out.put(ldr_x(borrowed, context_register, borrowed_slot));
+}
+
+// Runs an instruction that reads X28 and does not write it. Meanwhile X28 holds the application's value.
+void emit_with_own_value(emitter& out, word instruction) {
+    out.put(ldr_x(context_register, context_register, app_x28_offset));
+    out.put_effect(instruction);
+    out.restore_context();
+}
+
+void emit_move(emitter& out, word instruction) {
+    const unsigned source = register_at(instruction, 3), destination = rd(instruction);
+    const a64::access size = is_wide(instruction) ? a64::access::x : a64::access::w;
+    if (source == stolen_register) {
+        if (destination != stolen_register)
+            out.put(load_store(size, true, destination, context_register, app_x28_offset));
+        if (destination != stolen_register || size == a64::access::x)
+            return;
+    } else {
+        out.put(load_store(size, false, source, context_register, app_x28_offset));
+    }
+    if (size == a64::access::w) {
+        out.put(load_store(size, false, zero_register, context_register, app_x28_offset + 4));
+        out.indivisible = source != stolen_register;
+    }
 }
 
 // CASP names pairs of consecutive registers, the first even. X28 stands in one with X29; the pair is run on
@@ -120,17 +152,30 @@ void emit_plain(emitter& out, word instruction) {
         return;
     }
     if (is_move(instruction)) {
-        const unsigned source = register_at(instruction, 3);
-        if (source != stolen_register)
-            out.put(str_x(source, context_register, app_x28_offset));
-        else if (rd(instruction) != stolen_register)
-            out.put(ldr_x(rd(instruction), context_register, app_x28_offset));
+        emit_move(out, instruction);
+        return;
+    }
+    if (is_move_of_zero(instruction)) {
+        out.put(str_x(zero_register, context_register, app_x28_offset));
+        return;
+    }
+    if (is_aligned_pair_load(instruction)) {
+        // The stack is aligned too, so all of it is on one page, and both loads fault or none.
+        const unsigned other = rd(instruction);
+        const std::int64_t offset = 8 * ((instruction >> 15) & 0x3F);
+        out.put(ldr_x(other, stack_pointer, offset + 8));
+        out.put(str_x(other, context_register, app_x28_offset));
+        out.put_effect(ldr_x(other, stack_pointer, offset));
         return;
     }
     const unsigned destination = reusable_destination(instruction, uses);
     if (destination != stolen_register) {
         out.put(ldr_x(destination, context_register, app_x28_offset));
         out.put_effect(rename_register(instruction, uses, stolen_register, destination));
+        return;
+    }
+    if (!(of_x28 & writes)) {
+        emit_with_own_value(out, instruction);
         return;
     }
     const unsigned borrowed = unnamed_register(instruction);

@@ -55,7 +55,7 @@ TEST(ExecutableRanges, UnionAndDifference) {
 
 TEST(Modules, RangesOfMappedFiles) {
     const auto at = [](std::uint64_t address) {
-        return find_module(reinterpret_cast<const std::uint8_t*>(address));
+        return find_module(reinterpret_cast<const std::uint8_t*>(address)).module;
     };
     constexpr std::uint64_t place = 0x7000000000, page = 0x10000;
     const int own = open("/proc/self/exe", O_RDONLY);
@@ -125,7 +125,7 @@ TEST(RobustList, ReleasesWhatTheThreadOwns) {
 // The words that an application instruction at `pc` becomes.
 std::vector<a64::word> emitted(a64::word instruction, std::uint64_t pc) {
     static a64::word buffer[64];
-    emitter out{buffer, {}, nullptr};
+    emitter out{buffer, {}, nullptr, false, 0};
     emit_application_instruction(out, instruction, a64::classify(instruction), pc);
     out.place_literals();
     return {buffer, out.cursor};
