@@ -83,6 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
                     program_case{"rewriting", {}}, program_case{"rewriting-pie", {}}),
     name_of);
 
+INSTANTIATE_TEST_SUITE_P(Traces, SameAsDirectly, testing::Values(program_case{"traces", {}}), name_of);
+
 INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
                          testing::Values(program_case{"threads", {"work"}}, program_case{"threads", {"fork"}},
                                          program_case{"threads", {"return"}},
