@@ -39,6 +39,7 @@ bench: configure-$(AARCH64)
 	cmake --preset $(AARCH64) -DOSTREL_BENCHMARKS=ON
 	cmake --build --preset $(AARCH64) --target stub_cost_table
 	cmake --build --preset $(AARCH64) --target path_cost_table
+	cmake --build --preset $(AARCH64) --target engine_cost_table
 	cmake --preset bench
 	cmake --build --preset bench --target fp_kernels stub_times
 	build/bench/bin/stub_times
