@@ -5,20 +5,33 @@
 #include "sve/decode/opcode_rows.h"
 #include "sve/library/memory_access.h"
 
+#include <array>
 #include <unistd.h>
+#include <vector>
 
 // Static initialisation makes icounts first of all, and the rest in the order in which it stands here.
 std::uint32_t page_size = static_cast<std::uint32_t>(sysconf(_SC_PAGESIZE));
 
 namespace {
 
+using row_groups = std::array<std::vector<const opcode_row*>, decode_map_count>;
+
+// All rows by map, which takes one pass for all maps.
+const row_groups& rows_by_map() {
+    static const row_groups groups = [] {
+        row_groups result;
+        for_each_opcode(
+            [&](const opcode_row& row) { result[static_cast<std::size_t>(row.map)].push_back(&row); });
+        return result;
+    }();
+    return groups;
+}
+
 // A map of all rows that belong to it.
 decode_map build_map(decode_map_id id) {
     decode_map map;
-    for_each_opcode([&](const opcode_row& row) {
-        if (row.map == id)
-            map.emplace(row.key, row.stub);
-    });
+    for (const opcode_row* row : rows_by_map()[static_cast<std::size_t>(id)])
+        map.emplace_hint(map.end(), row->key, row->stub);
     return map;
 }
 
