@@ -337,8 +337,6 @@ std::uint64_t map_trampoline() {
 
 } // namespace
 
-signal_actions process_signal_actions; // under the lock of the process
-
 // Takes over what the process has been started with, before the client's own initializers.
 __attribute__((constructor(101))) static void note_ignored_signals() {
     for (const unsigned signal : protected_signals) {

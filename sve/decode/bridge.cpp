@@ -29,8 +29,8 @@ template <int index> void unpack_chunk(std::uint8_t* row, bytes packed) {
 }
 
 [[gnu::always_inline]] inline PredV pack(const chunk_array<chunks_per_row>& lanes) {
-    const auto words = pack_lanes<std::uint8_t, 1>(lanes);
-    return {{words[0], words[1], 0, 0}};
+    const chunk_array<1> packed = pack_lanes<std::uint8_t, 1>(lanes);
+    return {{packed[0][0], packed[0][1], 0, 0}};
 }
 
 } // namespace

@@ -115,7 +115,7 @@ inline PredV test_chunks(const PredV& pg, const CpuContext* context, Test holds_
         for (int k = 0; k < chunks_per_word; ++k)
             lanes[k] = (chunk<std::uint64_t>)((chunk<Element>)holds_at(chunks_per_word * w + k) & 1);
         result.words[w] =
-            pack_lanes<std::uint8_t, 1>(lanes)[0] & pg.words[w] & bits_below(predicate_length(context), w);
+            pack_lanes<std::uint8_t, 1>(lanes) & pg.words[w] & bits_below(predicate_length(context), w);
     }
     return result;
 }
