@@ -1,6 +1,6 @@
 #include "sve/handlers/integer_arithmetic.h"
 
-#include "sve/handlers/elements.h"
+#include "sve/handlers/activity.h"
 
 namespace {
 
@@ -15,7 +15,26 @@ constexpr auto minimum = [](auto a, auto b) { return a < b ? a : b; };
 constexpr auto maximum = [](auto a, auto b) { return a > b ? a : b; };
 constexpr auto multiply = [](auto a, auto b) { return a * b; };
 
-// Operations on single elements.
+// Division of single elements, to 0 by 0; the most negative number by -1 is itself.
+#if defined(__aarch64__)
+// So does the processor divide.
+constexpr auto divide_signed = []<class Element>(Element a, Element b) {
+    Element quotient;
+    if constexpr (sizeof(Element) == 8)
+        asm("sdiv %0, %1, %2" : "=r"(quotient) : "r"(a), "r"(b));
+    else
+        asm("sdiv %w0, %w1, %w2" : "=r"(quotient) : "r"(a), "r"(b));
+    return quotient;
+};
+constexpr auto divide_unsigned = []<class Element>(Element a, Element b) {
+    Element quotient;
+    if constexpr (sizeof(Element) == 8)
+        asm("udiv %0, %1, %2" : "=r"(quotient) : "r"(a), "r"(b));
+    else
+        asm("udiv %w0, %w1, %w2" : "=r"(quotient) : "r"(a), "r"(b));
+    return quotient;
+};
+#else
 constexpr auto divide_signed = [](auto a, auto b) {
     using element = decltype(a);
     if (b == 0)
@@ -25,6 +44,7 @@ constexpr auto divide_signed = [](auto a, auto b) {
     return static_cast<element>(a / b);
 };
 constexpr auto divide_unsigned = [](auto a, auto b) { return b == 0 ? b : a / b; };
+#endif
 constexpr auto divide_signed_reversed = [](auto a, auto b) { return divide_signed(b, a); };
 constexpr auto divide_unsigned_reversed = [](auto a, auto b) { return divide_unsigned(b, a); };
 
@@ -44,26 +64,35 @@ aarch64_decode_rc predicated_signed(cpu_state* state, aarch64_z_reg zdn, aarch64
     });
 }
 
+// Element by element, the inactive ones not at all. An element is stored before the next is loaded, which is
+// never the same of another register.
 template <class Element, class Operation>
-aarch64_decode_rc divide_elements(std::uint8_t* zdn, const std::uint8_t* pg, const std::uint8_t* zm,
+aarch64_decode_rc divide_elements(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                                   Operation operation) {
-    Element result[elements_per_row<Element>];
-    for (int i = 0; i < elements_per_row<Element>; ++i) {
-        result[i] = load_element<Element>(zdn, i);
-        if (load_element<Element>(pg, i) & 1)
-            result[i] = operation(result[i], load_element<Element>(zm, i));
+    constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
+    std::uint8_t* const dividends = vector_row(state, zdn.reg);
+    const std::uint8_t* const divisors = vector_row(state, zm.reg);
+    const activity active = activity::of(predicate_row(state, pg.reg));
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i) {
+#pragma GCC unroll 4
+        for (int k = 0; k < elements_per_chunk; ++k) {
+            const int index = i * elements_per_chunk + k;
+            if (active.element<Element>(i, k))
+                store_element(dividends, index,
+                              operation(load_element<Element>(dividends, index),
+                                        load_element<Element>(divisors, index)));
+        }
     }
-    std::memcpy(zdn, result, vector_bytes);
     return aarch64_emulated;
 }
 
 template <class Word, class Doubleword, class Operation>
 aarch64_decode_rc predicated_division(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                                       Operation operation) {
-    std::uint8_t* dividend = state->z[zdn.reg];
     if (zdn.dest_kind == doubleword_elements)
-        return divide_elements<Doubleword>(dividend, state->p[pg.reg], state->z[zm.reg], operation);
-    return divide_elements<Word>(dividend, state->p[pg.reg], state->z[zm.reg], operation);
+        return divide_elements<Doubleword>(state, zdn, pg, zm, operation);
+    return divide_elements<Word>(state, zdn, pg, zm, operation);
 }
 
 template <class Element, class Operation>

@@ -2,6 +2,8 @@
 
 #include "sve/handlers/elements.h"
 
+#include <bit>
+
 namespace {
 
 constexpr int half_chunks = chunks_per_row / 2;
@@ -85,6 +87,45 @@ aarch64_decode_rc unpack_high(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg 
     return unpack_row<Narrow, Wide>(state->z[zd.reg], state->z[zn.reg] + vector_bytes / 2);
 }
 
+#if defined(__aarch64__)
+
+// The places in the row of the bytes of the elements that a chunk of indices names; 128 or above if there is
+// no such element.
+template <class Element> uint8x16_t places_of_bytes(chunk<Element> indices) {
+    constexpr int size = sizeof(Element);
+    constexpr Element count = elements_per_row<Element>;
+    if constexpr (size == 1) {
+        return (uint8x16_t)indices;
+    } else {
+        const chunk<Element> first = (indices < count ? indices : broadcast(count))
+                                     << std::countr_zero(sizeof(Element));
+        return [&]<int... byte>(std::integer_sequence<int, byte...>) {
+            constexpr chunk<std::uint8_t> offsets = {(byte % size)...};
+            const auto bytes = (chunk<std::uint8_t>)first;
+            return (uint8x16_t)(__builtin_shufflevector(bytes, bytes, (byte / size * size)...) + offsets);
+        }
+        (chunk_indices<std::uint8_t>());
+    }
+}
+
+uint8x16x4_t load_half_row(const std::uint8_t* row_bytes, int half) {
+    const std::uint8_t* const start = row_bytes + half * vector_bytes / 2;
+    return {vld1q_u8(start), vld1q_u8(start + chunk_bytes), vld1q_u8(start + 2 * chunk_bytes),
+            vld1q_u8(start + 3 * chunk_bytes)};
+}
+
+template <class Element>
+aarch64_decode_rc look_up(std::uint8_t* destination, const std::uint8_t* table, const std::uint8_t* indices) {
+    const uint8x16x4_t low = load_half_row(table, 0), high = load_half_row(table, 1);
+    return compute_lanes<Element>(destination, [low, high, indices](int i) {
+        const uint8x16_t places = places_of_bytes<Element>(load_chunk<Element>(indices, i));
+        const uint8x16_t from_low = vqtbl4q_u8(low, places); // 0 for places beyond
+        return (chunk<Element>)vqtbx4q_u8(from_low, high, vsubq_u8(places, vdupq_n_u8(vector_bytes / 2)));
+    });
+}
+
+#else
+
 template <class Element>
 aarch64_decode_rc look_up(std::uint8_t* destination, const std::uint8_t* table, const std::uint8_t* indices) {
     constexpr Element count = elements_per_row<Element>;
@@ -97,6 +138,8 @@ aarch64_decode_rc look_up(std::uint8_t* destination, const std::uint8_t* table, 
     std::memcpy(destination, result, vector_bytes);
     return aarch64_emulated;
 }
+
+#endif
 
 } // namespace
 

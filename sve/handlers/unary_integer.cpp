@@ -7,10 +7,19 @@ namespace {
 // Operations on whole chunks.
 constexpr auto negate = [](auto value) { return -value; };
 
+#if defined(__aarch64__)
+chunk<std::uint8_t> reverse_byte_bits(chunk<std::uint8_t> value) {
+    return (chunk<std::uint8_t>)vrbitq_u8((uint8x16_t)value);
+}
+#else
 // Exchanges the bits of the mask with those `distance` above, in every byte.
 template <int distance> chunk<std::uint8_t> exchange_bits(chunk<std::uint8_t> value, std::uint8_t mask) {
     return blend<std::uint8_t>(broadcast(mask), value >> distance, value << distance);
 }
+chunk<std::uint8_t> reverse_byte_bits(chunk<std::uint8_t> value) {
+    return exchange_bits<1>(exchange_bits<2>(exchange_bits<4>(value, 0x0F), 0x33), 0x55);
+}
+#endif
 
 template <class Element, int... byte>
 chunk<Element> reverse_element_bytes(chunk<std::uint8_t> value, std::integer_sequence<int, byte...>) {
@@ -20,11 +29,8 @@ chunk<Element> reverse_element_bytes(chunk<std::uint8_t> value, std::integer_seq
 
 constexpr auto reverse_bits = []<class Vector>(Vector value) {
     using element = std::remove_cvref_t<decltype(value[0])>;
-    auto bytes = (chunk<std::uint8_t>)value;
-    bytes = exchange_bits<4>(bytes, 0x0F);
-    bytes = exchange_bits<2>(bytes, 0x33);
-    bytes = exchange_bits<1>(bytes, 0x55);
-    return reverse_element_bytes<element>(bytes, chunk_indices<std::uint8_t>());
+    return reverse_element_bytes<element>(reverse_byte_bits((chunk<std::uint8_t>)value),
+                                          chunk_indices<std::uint8_t>());
 };
 
 constexpr auto exchange_words = [](chunk<std::uint64_t> value) { return value << 32 | value >> 32; };
