@@ -35,12 +35,14 @@ if [ $# -eq 2 ]; then
     exit
 fi
 
-printf '%-24s %-8s %5s %7s %7s %7s  %s\n' family route rows least median most 'the dearest'
+printf '%-24s %-8s %5s %7s %7s %7s  %-20s %7s  %s\n' family route rows least median most 'the dearest' most 'the dearest'
+printf '%70s %37s\n' 'all elements active' 'elements active at random'
 sort -k1,1 -k2,2 -k5,5n "$work/costs" | awk '
     function flush() {
         if (!rows) return
-        printf "%-24s %-8s %5d %7d %7d %7d  %s\n", family, route, rows, cost[1], cost[int((rows + 1) / 2)], cost[rows], name
+        printf "%-24s %-8s %5d %7d %7d %7d  %-20s %7d  %s\n", family, route, rows, cost[1], cost[int((rows + 1) / 2)],
+               cost[rows], name, most, dearest
     }
-    $1 != family || $2 != route { flush(); family = $1; route = $2; rows = 0 }
-    { cost[++rows] = $5; name = $3 }
+    $1 != family || $2 != route { flush(); family = $1; route = $2; rows = 0; most = 0 }
+    { cost[++rows] = $5; name = $3; if ($8 >= most) { most = $8; dearest = $3 } }
     END { flush() }'
