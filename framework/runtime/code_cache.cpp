@@ -169,6 +169,8 @@ void branch_to(exit_record& exit, const a64::word* destination) {
     if (a64::transfer_reaches(*place, (destination - place) * 4)) {
         *place = a64::with_offset(*place, (destination - place) * 4);
     } else { // a conditional branch has a short reach: it goes on by way of its stub
+        *place = a64::with_offset(*place, (exit.stub - place) * 4);
+        synchronise_code(place, place + 1);
         place = exit.stub;
         *place = a64::b((destination - place) * 4);
     }
