@@ -9,14 +9,17 @@ using bytes = chunk<std::uint8_t>;
 
 constexpr bytes bit_of_byte = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 
-// Chunk `index` of the row that the 16 packed bytes stand for.
-template <int index> void unpack_chunk(std::uint8_t* row, bytes packed) {
-    constexpr int a = 2 * index;
-    constexpr int b = a + 1;
-    const bytes spread =
-        __builtin_shufflevector(packed, packed, a, a, a, a, a, a, a, a, b, b, b, b, b, b, b, b);
-    const bytes result = (bytes)((spread & bit_of_byte) != 0) & 1;
-    std::memcpy(row + index * chunk_bytes, &result, chunk_bytes);
+// Every byte twice, in twice as many chunks.
+template <std::size_t count>
+[[gnu::always_inline]] inline std::array<bytes, 2 * count>
+double_bytes(const std::array<bytes, count>& chunks) {
+    std::array<bytes, 2 * count> result;
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < count; ++i) {
+        result[2 * i] = interleave<0>(chunks[i], chunks[i], chunk_indices<std::uint8_t>());
+        result[2 * i + 1] = interleave<1>(chunks[i], chunks[i], chunk_indices<std::uint8_t>());
+    }
+    return result;
 }
 
 // The bytes of a predicate row reduced to their lowest bits.
@@ -38,34 +41,34 @@ template <int index> void unpack_chunk(std::uint8_t* row, bytes packed) {
 PredV pack_predicate(const std::uint8_t* row) { return pack(lowest_bits(row)); }
 
 void unpack_predicate(std::uint8_t* row, const PredV& predicate) {
-    bytes packed;
-    std::memcpy(&packed, predicate.words, sizeof packed);
-    unpack_chunk<0>(row, packed);
-    unpack_chunk<1>(row, packed);
-    unpack_chunk<2>(row, packed);
-    unpack_chunk<3>(row, packed);
-    unpack_chunk<4>(row, packed);
-    unpack_chunk<5>(row, packed);
-    unpack_chunk<6>(row, packed);
-    unpack_chunk<7>(row, packed);
+    std::array<bytes, 1> packed;
+    std::memcpy(packed.data(), predicate.words, sizeof packed);
+    const std::array<bytes, chunks_per_row> spread = double_bytes(double_bytes(double_bytes(packed)));
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i) {
+        const bytes result = (bytes)((spread[i] & bit_of_byte) != 0) & 1;
+        std::memcpy(row + i * chunk_bytes, &result, chunk_bytes);
+    }
 }
 
-void read_context(cpu_state* state, CpuContext* context) {
+void read_context(const cpu_state* state, CpuContext* context) {
     context->nzcv = static_cast<std::uint32_t>(state->nzcv);
     context->fpsr = state->fpsr;
     context->fpcr = state->fpcr | state->fpcr_extra;
     context->vl = vector_bytes / 8;
-    const chunk_array<chunks_per_row> lanes = lowest_bits(state->ffr);
-    context->ffr = pack(lanes);
-#pragma GCC unroll 8
-    for (int i = 0; i < chunks_per_row; ++i)
-        std::memcpy(state->ffr + i * chunk_bytes, &lanes[i], chunk_bytes);
+    context->ffr = pack(lowest_bits(state->ffr));
 }
 
 void write_context(cpu_state* state, const CpuContext* context, const PredV& old_ffr) {
     state->nzcv = context->nzcv;
     state->fpsr = context->fpsr;
     state->fpcr = context->fpcr;
-    if (context->ffr.words[0] != old_ffr.words[0] || context->ffr.words[1] != old_ffr.words[1])
+    if (context->ffr.words[0] != old_ffr.words[0] || context->ffr.words[1] != old_ffr.words[1]) {
         unpack_predicate(state->ffr, context->ffr);
+        return;
+    }
+    const chunk_array<chunks_per_row> lanes = lowest_bits(state->ffr);
+#pragma GCC unroll 8
+    for (int i = 0; i < chunks_per_row; ++i)
+        std::memcpy(state->ffr + i * chunk_bytes, &lanes[i], chunk_bytes);
 }

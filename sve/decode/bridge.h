@@ -17,12 +17,11 @@ PredV pack_predicate(const std::uint8_t* row);
 void unpack_predicate(std::uint8_t* row, const PredV& predicate);
 
 // The processor status that a primitive sees: flags, FPSR, FPCR with fpcr_extra or-ed in, FFR, and a vector
-// length of 16 units of 64 bits. Makes each byte of the state's FFR 0 or 1, so that a primitive that leaves
-// it alone needs no writing back.
-void read_context(cpu_state* state, CpuContext* context);
+// length of 16 units of 64 bits.
+void read_context(const cpu_state* state, CpuContext* context);
 
-// Writes status back: flags zero-extended, FPSR, FPCR as the context holds it, and FFR if it is not
-// `old_ffr`.
+// Writes status back: flags zero-extended, FPSR, FPCR as the context holds it, and FFR with each byte 0 or 1.
+// `old_ffr` is what the state has, which saves unpacking what has not changed.
 void write_context(cpu_state* state, const CpuContext* context, const PredV& old_ffr);
 
 namespace operands {
