@@ -8,10 +8,13 @@ template <class Bits, class Compare>
 static PredV compare_each(const PredV& pg, CpuContext* context, Compare compare) {
     PredV result = {};
     with_fp_status(any_active<Bits>(pg, context), context, [&](FPSCR& fpscr) {
-        for_each_active<Bits>(pg, context, [&](int i) {
-            const unsigned bit = static_cast<unsigned>(i) * sizeof(Bits);
-            result.words[bit / 64] |= std::uint64_t{compare(i, fpscr)} << (bit % 64);
-        });
+        for (int w = 0, words = word_count(context); w < words; ++w) {
+            std::uint64_t outcomes = 0;
+            for_each_active_in<Bits>(pg, w, context, [&](int i, unsigned bit) {
+                outcomes |= std::uint64_t{compare(i, fpscr)} << bit;
+            });
+            result.words[w] = outcomes;
+        }
     });
     return result;
 }

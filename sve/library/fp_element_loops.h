@@ -29,15 +29,21 @@ template <class Element> inline bool any_active(const PredV& pg, const CpuContex
     return bits != 0;
 }
 
+// Calls operation(i, bit) for each active element i of a predicate's word, in ascending order. `bit` is the
+// place of its predicate bit in the word.
+template <class Element, class Operation>
+inline void for_each_active_in(const PredV& pg, int word, const CpuContext* context, Operation operation) {
+    for (std::uint64_t bits = active_bits<Element>(pg, word, context); bits != 0; bits &= bits - 1) {
+        const auto bit = static_cast<unsigned>(std::countr_zero(bits));
+        operation(static_cast<int>((64u * static_cast<unsigned>(word) + bit) / sizeof(Element)), bit);
+    }
+}
+
 // Calls operation(i) for each active element i, in ascending order.
 template <class Element, class Operation>
 inline void for_each_active(const PredV& pg, const CpuContext* context, Operation operation) {
-    for (int w = 0, words = word_count(context); w < words; ++w) {
-        for (std::uint64_t bits = active_bits<Element>(pg, w, context); bits != 0; bits &= bits - 1)
-            operation(static_cast<int>(
-                (64u * static_cast<unsigned>(w) + static_cast<unsigned>(std::countr_zero(bits))) /
-                sizeof(Element)));
-    }
+    for (int w = 0, words = word_count(context); w < words; ++w)
+        for_each_active_in<Element>(pg, w, context, [&](int i, unsigned) { operation(i); });
 }
 
 // Calls loop(fpscr) for the elements of an instruction and merges its exceptions, if there are any elements.
