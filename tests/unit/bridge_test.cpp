@@ -1,4 +1,5 @@
 // The bridge: predicates packed and unpacked, the context carried both ways, results placed.
+#include "sve/decode/decoder.h"
 #include "sve/decode/library_layouts.h"
 #include "sve/handlers/placeholders.h"
 #include "tests/unit/state_tools.h"
@@ -97,6 +98,15 @@ TEST(Bridge, DropsVectorBytesAboveTheRegister) {
         },
         &state, 30);
     EXPECT_TRUE(same_state(state, expected));
+}
+
+// "uqsub z10.b, z10.b, #77" with the bit set that shifts the immediate by 8.
+TEST(Bridge, LeavesNothingOfAShiftedByteImmediate) {
+    constexpr unsigned int word = 0x2527c9aa | 1u << 13;
+    cpu_state state = random_state(17);
+    const cpu_state before = state;
+    EXPECT_EQ(is_sve(word)(&state, word), aarch64_emulated);
+    EXPECT_EQ(std::memcmp(state.z[10], before.z[10], vector_bytes), 0);
 }
 
 TEST(Placeholders, NameTheInstructionAndRefuse) {
