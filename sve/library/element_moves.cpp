@@ -1,5 +1,6 @@
 #include "sve/library/element_moves.h"
 
+#include "sve/library/chunk_loops.h"
 #include "sve/library/predicate_flags.h"
 
 namespace {
@@ -34,11 +35,7 @@ VecV conditional_vector(const PredV& pg, const VecV& zdn, const VecV& zm, CpuCon
     if (last < 0)
         return zdn;
     const auto element = choose<Element, which>(zm, last, context);
-    const int count = element_count<Element>(context);
-    VecV result;
-    for (int i = 0; i < count; ++i)
-        set_element(result, i, element);
-    return result;
+    return for_each_chunk<Element>(context, [=](int) { return broadcast(element); });
 }
 
 template <class Element> VecV insert(const VecV& zdn, Element scalar, CpuContext* context) {

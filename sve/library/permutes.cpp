@@ -7,6 +7,13 @@
 namespace {
 
 template <class Element> VecV transpose_even(const VecV& zn, const VecV& zm, CpuContext* context) {
+    if constexpr (sizeof(Element) < 8) {
+        // The number of elements is even at every length, so that each stands in a 64-bit lane with its pair.
+        constexpr int width = 8 * sizeof(Element);
+        constexpr std::uint64_t even = ~std::uint64_t{0} / ((std::uint64_t{1} << width) + 1);
+        return map_chunks<std::uint64_t>(zn, zm, context,
+                                         [](auto n, auto m) { return (n & even) | (m & even) << width; });
+    }
     const int pairs = element_count<Element>(context) / 2;
     VecV result = {};
     for (int k = 0; k < pairs; ++k) {
