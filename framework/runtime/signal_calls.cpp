@@ -64,6 +64,16 @@ std::uint64_t change_mask(thread_context* context) {
 }
 void handle_sigprocmask(thread_context* context) { context->x[0] = change_mask(context); }
 
+// rt_sigpending(set, bytes of a mask)
+void handle_sigpending(thread_context* context) {
+    const std::uint64_t address = context->x[0], bytes = context->x[1];
+    std::uint64_t set = 0;
+    if (!pass_to_kernel(context) || context->x[0] != 0 || bytes != mask_bytes)
+        return;
+    if (read_application(set, address))
+        write_application(address, set | context->signals.held.load());
+}
+
 // sigaltstack(stack, old stack)
 std::uint64_t change_alternate_stack(thread_context* context) {
     constexpr std::uint64_t least_bytes = 5120; // MINSIGSTKSZ
@@ -123,10 +133,15 @@ void handle_pselect(thread_context* context) {
 }
 
 constexpr system_call_row rows[] = {
-    {SYS_rt_sigaction, handle_sigaction},   {SYS_rt_sigprocmask, handle_sigprocmask},
-    {SYS_sigaltstack, handle_sigaltstack},  {SYS_rt_sigreturn, handle_sigreturn},
-    {SYS_rt_sigsuspend, handle_sigsuspend}, {SYS_ppoll, handle_ppoll},
-    {SYS_epoll_pwait, handle_epoll_pwait},  {441 /* epoll_pwait2 */, handle_epoll_pwait},
+    {SYS_rt_sigaction, handle_sigaction},
+    {SYS_rt_sigprocmask, handle_sigprocmask},
+    {SYS_sigaltstack, handle_sigaltstack},
+    {SYS_rt_sigreturn, handle_sigreturn},
+    {SYS_rt_sigpending, handle_sigpending},
+    {SYS_rt_sigsuspend, handle_sigsuspend},
+    {SYS_ppoll, handle_ppoll},
+    {SYS_epoll_pwait, handle_epoll_pwait},
+    {441 /* epoll_pwait2 */, handle_epoll_pwait},
     {SYS_pselect6, handle_pselect},
 };
 
