@@ -20,7 +20,7 @@ namespace {
 
 // What is being made of the command line.
 struct parse_state {
-    launcher_options options{{"ostrel"}, nullptr, -1, nullptr};
+    launcher_options options{{"ostrel"}, nullptr, nullptr, -1, nullptr};
     bool follow = true;
     std::vector<std::string> launcher;  // words in front of the launcher's own path
     std::vector<std::string> inherited; // options for the programs that this one executes
@@ -95,6 +95,8 @@ void set_launcher(parse_state& state, const char* value) {
 
 void set_argument_zero(parse_state& state, const char* value) { state.options.argument_zero = value; }
 
+void set_executed_path(parse_state& state, const char* value) { state.options.executed_as = value; }
+
 void set_closed_descriptor(parse_state& state, const char* value) {
     const std::optional<unsigned> number = number_of(value);
     if (!number || *number > INT_MAX)
@@ -106,19 +108,21 @@ constexpr option options[] = {
     {"--env", "-E", "NAME=VALUE", "set an environment variable of the program", false, set_variable},
     {"--unset-env", "", "NAME", "remove an environment variable of the program", false, unset_variable},
     {"--follow-children", "", nullptr,
-     "run the programs that the program executes in the same way (the default)", true, follow_children},
+     "run the programs that the program executes in the same\nway (the default)", true, follow_children},
     {"--no-follow-children", "", nullptr, "leave them to the kernel", true, leave_children},
     {"--launcher", "", "COMMAND",
-     "put these words in front when ostrel executes itself, for one that runs under another\n"
-     "program itself: --launcher 'qemu-aarch64 -cpu max,sve=off'",
+     "words to be put in front when ostrel executes itself, where\n"
+     "it runs under another program: 'qemu-aarch64 -cpu max'",
      true, set_launcher},
     {"--hwcap-sve", "", nullptr,
-     "tell the program that the processor has SVE (AT_HWCAP, prctl, ID registers); libraries may\n"
-     "then choose code with SVE instructions, which are not carried out in libraries",
+     "tell the program that the processor has SVE (AT_HWCAP,\n"
+     "prctl, ID registers); libraries may then choose code with\n"
+     "SVE instructions, which are not carried out there",
      true, announce_sve},
     {"--log-level", "", "N", "print the log messages up to this level (0: none)", true, set_log_level},
     {argument_zero_option, "", "TEXT", "PROGRAM is a path that is not looked up, and TEXT its argv[0]", false,
      set_argument_zero},
+    {executed_path_option, "", "PATH", nullptr, false, set_executed_path},
     {close_descriptor_option, "", "N", nullptr, false, set_closed_descriptor},
     {"--help", "", nullptr, "show this text", false, print_help},
     {"--version", "", nullptr, "show the version", false, print_version},

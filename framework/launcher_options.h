@@ -6,6 +6,7 @@
 struct launcher_options {
     std::vector<const char*> client_arguments; // the client's name, then options that are not the launcher's
     const char* argument_zero;                 // of the program, null if it is the program's name
+    const char* executed_as;                   // the path that was executed, null if it is the program's
     int closed_descriptor;                     // to be closed once the program is open, or -1
     char** program;                            // the program and its arguments, null-terminated
 };

@@ -79,14 +79,15 @@ thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxili
     set_initial_break(image.end);
     if (options.closed_descriptor >= 0)
         close(options.closed_descriptor);
-    set_process_name(path);
+    const std::string executed_path = options.executed_as ? options.executed_as : path;
+    set_process_name(executed_path);
 
     program_image interpreter{};
     if (!file->interpreter.empty())
         interpreter = load_interpreter(file->interpreter);
     const std::vector<char*> arguments = program_arguments(options, *program);
-    const std::uint64_t sp = build_initial_stack(image, interpreter.bias, path.c_str(), arguments.data(),
-                                                 environ, auxiliary, error);
+    const std::uint64_t sp = build_initial_stack(image, interpreter.bias, executed_path.c_str(),
+                                                 arguments.data(), environ, auxiliary, error);
     if (!sp)
         die_of_load_error(error);
 

@@ -80,6 +80,7 @@ bool can_follow(const char* path, bool script_allowed) {
 // What is to be executed.
 struct exec_request {
     std::string path;
+    std::string executed_path; // as the application names it
     bool script_allowed;
     int closed_descriptor; // to be closed once the program is open, or -1
     std::uint64_t arguments;
@@ -97,6 +98,10 @@ std::unique_ptr<exec_command> make_command(const exec_request& request) {
     if (request.closed_descriptor >= 0) {
         command->words.push_back(close_descriptor_option);
         command->words.push_back(std::to_string(request.closed_descriptor));
+    }
+    if (request.executed_path != request.path) {
+        command->words.push_back(executed_path_option);
+        command->words.push_back(request.executed_path);
     }
     command->words.push_back(argument_zero_option);
     std::vector<std::uint64_t> given;
@@ -140,7 +145,7 @@ void handle_execve(thread_context* context) {
     const bool own = asks_for_own_executable(path);
     const char* const name = own ? main_module()->full_path.c_str() : text_at(path);
     if (is_readable_path(path))
-        last_command = make_command({name, true, -1, context->x[1], context->x[2]});
+        last_command = make_command({name, text_at(path), true, -1, context->x[1], context->x[2]});
     if (last_command)
         return execute_command(context, context->x[2]);
     const executing_signals signals(context);
@@ -153,6 +158,7 @@ void handle_execve(thread_context* context) {
 // there is none.
 struct named_file {
     std::string path;
+    std::string executed_path;
     bool script_allowed;
     int closed_descriptor;
 };
@@ -165,17 +171,16 @@ named_file file_at(int directory, const char* path, std::uint64_t flags) {
     if (flags & AT_SYMLINK_NOFOLLOW && readlinkat(directory, path, target, sizeof target) >= 0)
         return {};
     if (*path == '/' || directory == AT_FDCWD)
-        return {path, true, -1};
+        return {path, path, true, -1};
     const int descriptor_flags = fcntl(directory, F_GETFD);
     if (descriptor_flags < 0)
         return {};
     // The interpreter of a script would come too late for a descriptor that is closed.
     const bool closed = descriptor_flags & FD_CLOEXEC;
     const int kept = closed ? fcntl(directory, F_DUPFD, 3) : directory;
-    std::string name = "/dev/fd/" + std::to_string(kept);
-    if (!nothing)
-        name.append("/").append(path);
-    return {std::move(name), !closed, closed ? kept : -1};
+    const std::string behind = nothing ? std::string() : std::string("/") + path;
+    return {"/dev/fd/" + std::to_string(kept) + behind, "/dev/fd/" + std::to_string(directory) + behind,
+            !closed, closed ? kept : -1};
 }
 
 // Leaves the launcher's command in `last_command` and returns the descriptor that is open for it, or -1.
@@ -185,7 +190,8 @@ int make_command_at(const thread_context* context) {
         return -1;
     const named_file file = file_at(static_cast<int>(x[0]), text_at(x[1]), x[4]);
     if (!file.path.empty())
-        last_command = make_command({file.path, file.script_allowed, file.closed_descriptor, x[2], x[3]});
+        last_command = make_command(
+            {file.path, file.executed_path, file.script_allowed, file.closed_descriptor, x[2], x[3]});
     return file.closed_descriptor;
 }
 

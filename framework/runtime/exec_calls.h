@@ -13,6 +13,7 @@ inline follow_settings following;
 
 // Options of the launcher that only such a command has.
 inline constexpr char argument_zero_option[] = "--argument-zero";
+inline constexpr char executed_path_option[] = "--executed-as";
 inline constexpr char close_descriptor_option[] = "--close-descriptor";
 
 // Frees what the thread's last execve was made of. After a success nobody is left to do so but the parent

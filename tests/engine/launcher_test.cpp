@@ -36,7 +36,8 @@ TEST(Execute, KeepsWhatTheKernelKeeps) {
                                  "signal 10: ignored 1, blocked 0, pending 0\n"
                                  "signal 12: ignored 0, blocked 1, pending 1\n"
                                  "signal 37: ignored 0, blocked 1, pending 0\n"
-                                 "open 20\nalarm 1, mask 127\n");
+                                 "open 20\npath " +
+                                 program + ", process execute\nalarm 1, mask 127\n");
     EXPECT_EQ(reports(result.errors), 1u) << result.errors;
 }
 
@@ -49,16 +50,18 @@ TEST(Execute, ReportsOfAllProcesses) {
     }
     const std::string program = program_path("execute");
     EXPECT_EQ(reports(run_followed({"--no-follow-children"}, program, {"spawns", program}).errors), 1u);
-    EXPECT_EQ(run_followed({}, program, {"own-executable"}).status, 18);
+    EXPECT_EQ(run_followed({}, program, {"own-executable"}).output,
+              "argv[0] itself\nargv[1] shows-state\npath /proc/self/exe, process exe\nalarm 0, mask 22\n");
 }
 
 TEST(Execute, ByDescriptor) {
     const outcome result =
         run_followed({}, program_path("execute"), {"by-descriptors", program_path(""), "execute"});
     const std::string shown = "argv[0] by descriptor\nargv[1] shows-state\n";
-    EXPECT_EQ(result.output, shown + "alarm 0, mask 22\nin directory 0\n" + shown +
-                                 "open 4\nalarm 0, mask 22\nfile 0\n" + shown +
-                                 "open 4\nalarm 0, mask 22\ncopy 0\n")
+    EXPECT_EQ(result.output,
+              shown + "path /dev/fd/3/execute, process execute\nalarm 0, mask 22\nin directory 0\n" + shown +
+                  "open 4\npath /dev/fd/4, process 4\nalarm 0, mask 22\nfile 0\n" + shown +
+                  "open 4\npath /dev/fd/5, process 5\nalarm 0, mask 22\ncopy 0\n")
         << result.errors;
 }
 

@@ -7,7 +7,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/auxv.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -102,14 +104,15 @@ static void errors(void) {
     rmdir(directory);
 }
 
-static void close_all(void) {
+static void start_afresh(void) {
+    umask(022);
     for (int n = 3; n < 1024; ++n)
         close(n);
 }
 
 // Sets up what is kept and what is lost, and goes on in `shows_state`.
 static void keeps_state(const char* program) {
-    close_all();
+    start_afresh();
     signal(SIGUSR1, SIG_IGN);
     sigset_t set;
     sigemptyset(&set);
@@ -145,6 +148,9 @@ static void shows_state(int argc, char** argv) {
     for (int n = 3; n < 1024; ++n)
         if (fcntl(n, F_GETFD) >= 0)
             printf("open %d\n", n);
+    char name[16];
+    prctl(PR_GET_NAME, name);
+    printf("path %s, process %s\n", (const char*)getauxval(AT_EXECFN), name);
     printf("alarm %d, mask %o\n", alarm(0) > 0, umask(0));
 }
 
@@ -171,7 +177,7 @@ static int status_by(int descriptor, const char* name, int flags) {
 // By a descriptor: of a directory, of the file, and of a file without a name; those that are closed when a
 // program is executed are closed. A script's interpreter could not open one.
 static void by_descriptors(const char* path, const char* name) {
-    close_all();
+    start_afresh();
     const int directory = open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
     printf("in directory %d\n", status_by(directory, name, 0));
     const int file = openat(directory, name, O_RDONLY);
@@ -204,8 +210,10 @@ int main(int argc, char** argv) {
         perror(argv[2]);
     }
     if (strcmp(way, "own-executable") == 0) {
-        char* arguments[] = {"itself", "status", "18", NULL};
-        execve("/proc/self/exe", arguments, environ);
+        start_afresh();
+        char* arguments[] = {"itself", "shows-state", NULL};
+        char* environment[] = {NULL};
+        execve("/proc/self/exe", arguments, environment);
     }
     return 0;
 }
