@@ -142,7 +142,7 @@ const bad_file bad_files[] = {
     {"InterpreterMissing", [](file_bytes& f) { set_interpreter(f, "/no/such/interpreter"); }, 127,
      "interpreter /no/such/interpreter: No such file or directory"},
     {"InterpreterIsNoProgram", [](file_bytes& f) { set_interpreter(f, "/etc/passwd"); }, 126,
-     "interpreter /etc/passwd: not an ELF file"},
+     "interpreter /etc/passwd: Permission denied"},
     {"InterpreterIsDirectory", [](file_bytes& f) { set_interpreter(f, "/"); }, 126,
      "interpreter /: is a directory"},
     {"InterpreterEmpty", [](file_bytes& f) { set_interpreter(f, ""); }, 126,
