@@ -243,6 +243,6 @@ launcher_options parse_options(char** arguments) {
     }
     state.options.program = arguments;
     if (state.follow)
-        following.command = follow_command(state);
+        following = {follow_command(state), state.launcher.size()};
     return state.options;
 }

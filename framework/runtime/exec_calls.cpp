@@ -57,24 +57,37 @@ bool grants_rights(int descriptor) {
            (geteuid() != 0 && fgetxattr(descriptor, "security.capability", nullptr, 0) > 0);
 }
 
-// Whether the program behind the path, or behind its script line, can run in the same way as this one.
-bool can_follow(const char* path, bool script_allowed) {
+// Whether the file is that of the engine: one that runs itself would translate its own translations.
+bool is_engine(int descriptor) {
+    struct stat own, other;
+    return stat(following.command[following.launcher_words].c_str(), &own) == 0 &&
+           fstat(descriptor, &other) == 0 && own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+}
+
+bool can_open(const std::string& path) {
+    load_error ignored;
+    const std::optional<elf_file> file = open_elf_file(path.c_str(), ignored);
+    if (file)
+        close(file->descriptor);
+    return file.has_value();
+}
+
+// How the program behind the path, or behind its script line, is run.
+enum class way { left_to_kernel, followed, engine };
+way way_of(const char* path, bool script_allowed) {
     load_error ignored;
     const std::optional<executable> found = find_executable(path, ignored);
     if (!found || (!script_allowed && !found->arguments.empty()))
-        return false;
+        return way::left_to_kernel;
     const std::optional<elf_file> file = open_elf_file(found->path.c_str(), ignored);
     if (!file)
-        return false;
-    bool result = !grants_rights(file->descriptor);
+        return way::left_to_kernel;
+    const bool kept_out = grants_rights(file->descriptor);
+    const bool engine = is_engine(file->descriptor);
     close(file->descriptor);
-    if (result && !file->interpreter.empty()) {
-        const std::optional<elf_file> interpreter = open_elf_file(file->interpreter.c_str(), ignored);
-        result = interpreter.has_value();
-        if (result)
-            close(interpreter->descriptor);
-    }
-    return result;
+    if (kept_out || (!file->interpreter.empty() && !can_open(file->interpreter)))
+        return way::left_to_kernel;
+    return !engine ? way::followed : following.launcher_words ? way::engine : way::left_to_kernel;
 }
 
 // What is to be executed.
@@ -90,20 +103,11 @@ struct exec_request {
 // The launcher's command for the request. Null if it is nothing for the launcher: then the kernel says what
 // is wrong with it, or finds a way to run it.
 std::unique_ptr<exec_command> make_command(const exec_request& request) {
-    if (following.command.empty() || !can_follow(request.path.c_str(), request.script_allowed))
+    if (following.command.empty())
         return nullptr;
-    auto command = std::make_unique<exec_command>();
-    command->path = request.path;
-    command->words = following.command;
-    if (request.closed_descriptor >= 0) {
-        command->words.push_back(close_descriptor_option);
-        command->words.push_back(std::to_string(request.closed_descriptor));
-    }
-    if (request.executed_path != request.path) {
-        command->words.push_back(executed_path_option);
-        command->words.push_back(request.executed_path);
-    }
-    command->words.push_back(argument_zero_option);
+    const way chosen = way_of(request.path.c_str(), request.script_allowed);
+    if (chosen == way::left_to_kernel)
+        return nullptr;
     std::vector<std::uint64_t> given;
     if (request.arguments == 0)
         given = {0};
@@ -111,10 +115,26 @@ std::unique_ptr<exec_command> make_command(const exec_request& request) {
         return nullptr;
     if (given[0] == 0) // a program has at least one
         given.insert(given.begin(), address_of(""));
+
+    auto command = std::make_unique<exec_command>();
+    command->path = request.path;
+    std::vector<std::string>& words = command->words;
+    words = following.command;
+    if (chosen == way::engine) {
+        words.resize(following.launcher_words);
+    } else {
+        if (request.closed_descriptor >= 0)
+            words.insert(words.end(), {close_descriptor_option, std::to_string(request.closed_descriptor)});
+        if (request.executed_path != request.path)
+            words.insert(words.end(), {executed_path_option, request.executed_path});
+        words.push_back(argument_zero_option);
+    }
     std::vector<std::uint64_t>& all = command->arguments;
-    for (const std::string& word : command->words)
+    for (const std::string& word : words)
         all.push_back(address_of(word.c_str()));
-    all.insert(all.end(), {given[0], address_of("--"), address_of(command->path.c_str())});
+    if (chosen == way::followed)
+        all.insert(all.end(), {given[0], address_of("--")});
+    all.push_back(address_of(command->path.c_str()));
     all.insert(all.end(), given.begin() + 1, given.end());
     return command;
 }

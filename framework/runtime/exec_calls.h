@@ -8,6 +8,7 @@
 // front of it, or none if it is left to the kernel. Set before the application runs.
 struct follow_settings {
     std::vector<std::string> command;
+    std::size_t launcher_words; // of these, what stands in front of the engine's own path
 };
 inline follow_settings following;
 

@@ -54,6 +54,15 @@ TEST(Execute, ReportsOfAllProcesses) {
               "argv[0] itself\nargv[1] shows-state\npath /proc/self/exe, process exe\nalarm 0, mask 22\n");
 }
 
+// One that runs itself would not come far.
+TEST(Execute, EngineIsNotTranslated) {
+    const outcome result =
+        run_followed({}, program_path("execute"),
+                     {"runs", OSTREL_PATH, "zero", "--", program_path("execute"), "status", "21"});
+    EXPECT_EQ(result.status, 21);
+    EXPECT_EQ(reports(result.errors), 1u) << result.errors;
+}
+
 TEST(Execute, ByDescriptor) {
     const outcome result =
         run_followed({}, program_path("execute"), {"by-descriptors", program_path(""), "execute"});

@@ -9,6 +9,7 @@
 
 #include "dr_api.h"
 #include "framework/loader/module.h"
+#include "framework/loader/script.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/dispatcher.h"
@@ -90,6 +91,26 @@ TEST(Modules, RangesOfMappedFiles) {
     remove_modules(0, end);
     EXPECT_EQ(at(place), nullptr);
     EXPECT_EQ(at(end - 1), nullptr);
+}
+
+TEST(Scripts, FirstLineAsTheKernelReadsIt) {
+    const auto shown = [](std::string start) {
+        start.resize(std::max<std::size_t>(start.size(), 1));
+        const std::optional<script_line> line = parse_script_line(start);
+        return line ? line->interpreter + "|" + line->argument : "none";
+    };
+    EXPECT_EQ(shown("#!/bin/sh\ntext"), "/bin/sh|");
+    EXPECT_EQ(shown("#! \t/bin/sh \t-e  -x \t\ntext"), "/bin/sh|-e  -x");
+    EXPECT_EQ(shown("#!/bin/sh"), "/bin/sh|");
+    EXPECT_EQ(shown(std::string("#!/bin/sh\0-e\n", 14)), "/bin/sh|");
+    EXPECT_EQ(shown("#!\n/bin/sh"), "none");
+    EXPECT_EQ(shown("#! \t"), "none");
+    EXPECT_EQ(shown("#"), "none");
+    EXPECT_EQ(shown("text"), "none");
+    // Of 256 bytes without an end of line, an argument is cut off, and a name of unknown length is none.
+    EXPECT_EQ(shown("#!/a " + std::string(300, 'x')), "/a|" + std::string(250, 'x'));
+    EXPECT_EQ(shown("#!/" + std::string(300, 'x')), "none");
+    EXPECT_EQ(shown("#!/" + std::string(252, 'x') + "\n"), "/" + std::string(252, 'x') + "|");
 }
 
 TEST(RobustList, ReleasesWhatTheThreadOwns) {
