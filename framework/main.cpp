@@ -1,4 +1,6 @@
 // The launcher: ostrel [OPTIONS] PROGRAM [ARG...].
+#include <climits>
+#include <string_view>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -58,8 +60,18 @@ std::vector<char*> program_arguments(const launcher_options& options, executable
     return result;
 }
 
-// Processes are listed under the name of what they have executed.
-void set_process_name(const std::string& path) { prctl(PR_SET_NAME, path.c_str() + path.rfind('/') + 1); }
+// Processes are listed under the name of what they have executed; by a descriptor, under that of its file.
+void set_process_name(const std::string& executed_path, const std::string& path) {
+    std::string name = executed_path;
+    char file[PATH_MAX];
+    if (name.starts_with("/dev/fd/"))
+        if (const ssize_t length = readlink(path.c_str(), file, sizeof file); length > 0)
+            name.assign(file, static_cast<std::size_t>(length));
+    constexpr std::string_view unlinked = " (deleted)";
+    if (name.ends_with(unlinked))
+        name.resize(name.size() - unlinked.size());
+    prctl(PR_SET_NAME, name.c_str() + name.rfind('/') + 1);
+}
 
 // Maps the program and its stack; returns the initial state.
 thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxiliary) {
@@ -77,10 +89,10 @@ thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxili
     close(file->descriptor);
     set_main_module(image, program->path.c_str());
     set_initial_break(image.end);
+    const std::string executed_path = options.executed_as ? options.executed_as : path;
+    set_process_name(executed_path, path);
     if (options.closed_descriptor >= 0)
         close(options.closed_descriptor);
-    const std::string executed_path = options.executed_as ? options.executed_as : path;
-    set_process_name(executed_path);
 
     program_image interpreter{};
     if (!file->interpreter.empty())

@@ -179,8 +179,8 @@ void handle_execve(thread_context* context) {
 struct named_file {
     std::string path;
     std::string executed_path;
-    bool script_allowed;
-    int closed_descriptor;
+    bool script_allowed = false;
+    int closed_descriptor = -1;
 };
 named_file file_at(int directory, const char* path, std::uint64_t flags) {
     const bool nothing = *path == '\0';
@@ -199,11 +199,14 @@ named_file file_at(int directory, const char* path, std::uint64_t flags) {
     const bool closed = descriptor_flags & FD_CLOEXEC;
     const int kept = closed ? fcntl(directory, F_DUPFD, 3) : directory;
     const std::string behind = nothing ? std::string() : std::string("/") + path;
-    return {"/dev/fd/" + std::to_string(kept) + behind, "/dev/fd/" + std::to_string(directory) + behind,
+    // The kernel names it by /dev/fd, which not every system has.
+    const std::string descriptors = access("/dev/fd", F_OK) == 0 ? "/dev/fd/" : "/proc/self/fd/";
+    return {descriptors + std::to_string(kept) + behind, "/dev/fd/" + std::to_string(directory) + behind,
             !closed, closed ? kept : -1};
 }
 
-// Leaves the launcher's command in `last_command` and returns the descriptor that is open for it, or -1.
+// Leaves the launcher's command, if there is one, in `last_command` and returns the descriptor that is open
+// for it, or -1.
 int make_command_at(const thread_context* context) {
     const std::uint64_t* const x = context->x;
     if (following.command.empty() || !is_readable_path(x[1]))
@@ -212,17 +215,21 @@ int make_command_at(const thread_context* context) {
     if (!file.path.empty())
         last_command = make_command(
             {file.path, file.executed_path, file.script_allowed, file.closed_descriptor, x[2], x[3]});
-    return file.closed_descriptor;
+    if (last_command)
+        return file.closed_descriptor;
+    if (file.closed_descriptor >= 0)
+        close(file.closed_descriptor);
+    return -1;
 }
 
 void handle_execveat(thread_context* context) {
     const int descriptor = make_command_at(context);
-    if (last_command) {
-        execute_command(context, context->x[3]);
-    } else {
+    if (!last_command) {
         const executing_signals signals(context);
         pass_to_kernel(context);
+        return;
     }
+    execute_command(context, context->x[3]);
     if (descriptor >= 0)
         close(descriptor);
 }

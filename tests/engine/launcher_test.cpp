@@ -69,8 +69,8 @@ TEST(Execute, ByDescriptor) {
     const std::string shown = "argv[0] by descriptor\nargv[1] shows-state\n";
     EXPECT_EQ(result.output,
               shown + "path /dev/fd/3/execute, process execute\nalarm 0, mask 22\nin directory 0\n" + shown +
-                  "open 4\npath /dev/fd/4, process 4\nalarm 0, mask 22\nfile 0\n" + shown +
-                  "open 4\npath /dev/fd/5, process 5\nalarm 0, mask 22\ncopy 0\n")
+                  "open 4\npath /dev/fd/4, process execute\nalarm 0, mask 22\nfile 0\n" + shown +
+                  "open 4\npath /dev/fd/5, process memfd:copy\nalarm 0, mask 22\ncopy 0\n")
         << result.errors;
 }
 
