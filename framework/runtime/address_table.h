@@ -69,9 +69,9 @@ public:
         return &added.value;
     }
 
-    template <typename Visitor> void for_each_key(Visitor visit) const {
+    template <typename Visitor> void for_each(Visitor visit) {
         for (std::size_t n = 0; n < entries.size(); ++n)
-            visit(entries[n].key);
+            visit(entries[n].key, entries[n].value);
     }
 
     void clear() {

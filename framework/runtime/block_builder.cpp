@@ -12,7 +12,7 @@
 #include "framework/runtime/interruptible.h"
 #include "framework/runtime/mangle.h"
 #include "framework/runtime/signals.h"
-#include "framework/runtime/translated_pages.h"
+#include "framework/runtime/translated_code.h"
 
 namespace {
 
@@ -37,8 +37,8 @@ std::uint64_t executable_end(code_cache& cache, std::uint64_t pc) {
     return cache.range_end;
 }
 
-// Notes the pages of the range as translated. False if all have been noted before. A change of a page that
-// this thread has noted asks the thread for a flush, so that its own list of them holds until then.
+// Notes the pages of the range as translated. False if all have been noted before. After a change of code the
+// thread is asked to drop blocks, which empties its own list of them.
 bool note_pages(code_cache& cache, std::uint64_t start, std::uint64_t end) {
     bool any_new = false;
     for (std::uint64_t page = start / translated_page_bytes; page <= (end - 1) / translated_page_bytes;
@@ -46,7 +46,7 @@ bool note_pages(code_cache& cache, std::uint64_t start, std::uint64_t end) {
         std::uint64_t& noted = cache.noted_pages[page % noted_pages_kept];
         if (noted == page && page)
             continue;
-        any_new |= note_translated_pages(page * translated_page_bytes, (page + 1) * translated_page_bytes);
+        any_new |= note_translated_code(page * translated_page_bytes, (page + 1) * translated_page_bytes);
         noted = page;
     }
     return any_new;
@@ -257,6 +257,9 @@ const block* build_block(thread_context* context, exit_record* from) {
     reserve_words(cache, unchanged ? words_needed(source.count) : words_needed(&list));
     const bool may_link = from && generation == cache.generation; // a flush has freed the record
     block built{};
+    built.start = pc;
+    built.end = end;
+    const std::size_t free_before = free_words(cache);
     const bool in_place = may_link && continue_in_place(cache, *from);
     if (!in_place) {
         built.landing = cache.out.cursor;
@@ -274,7 +277,11 @@ const block* build_block(thread_context* context, exit_record* from) {
     // The word ahead belongs to the branch that may have been changed.
     __builtin___clear_cache(reinterpret_cast<char*>(built.entry - 1),
                             reinterpret_cast<char*>(cache.out.cursor));
-    if (may_link && !in_place)
-        link_exit(*from, built);
-    return cache.blocks.add({pc, nullptr}, built);
+    built.words = static_cast<std::uint32_t>(free_before - free_words(cache));
+    const block* const added = add_block(cache, {pc, nullptr}, built);
+    if (in_place)
+        note_in_place(*from, *added);
+    else if (may_link)
+        link_exit(*from, *added);
+    return added;
 }

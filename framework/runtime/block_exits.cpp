@@ -15,11 +15,6 @@ constexpr std::int64_t app_x28_offset = offsetof(thread_context, app_x28);
 
 void save_hand_over(emitter& out) { out.put(stp_x(first, second, context_register, hand_over_slot)); }
 
-exit_record* new_exit(code_cache& cache, exit_kind kind, std::uint64_t target) {
-    return &cache.exits.add({kind, false, 0, target, nullptr, nullptr, nullptr, cache.exit_path,
-                             cache.exit_path != nullptr, nullptr, 0});
-}
-
 // Emits a transfer whose target is a linkable exit.
 exit_record* emit_linkable(code_cache& cache, word transfer, std::uint64_t target) {
     exit_record* const exit = new_exit(cache, exit_kind::direct, target);
@@ -308,4 +303,5 @@ void link_counting(code_cache& cache, exit_record& exit, const block& target, st
     __builtin___clear_cache(reinterpret_cast<char*>(start), reinterpret_cast<char*>(out.cursor));
     out.cursor = code_end;
     branch_to(exit, start);
+    note_link(exit, target);
 }

@@ -6,6 +6,7 @@
 #include <new>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <utility>
 
 #include "framework/aarch64/classify.h"
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::size_t lookup_table_bytes = sizeof(lookup_entry) << lookup_index_bits;
 constexpr std::size_t engine_stack_bytes = 1 << 20;
+constexpr std::size_t waste_limit = 16 * chunk_words;
 
 void synchronise_code(void* start, void* end) {
     __builtin___clear_cache(static_cast<char*>(start), static_cast<char*>(end));
@@ -27,8 +29,16 @@ void clear_lookup_entry(thread_context* context, std::uint64_t application_pc) {
     entry = {first ? std::uint64_t{4} : 0, 0};
 }
 
-exit_record interruption_exit{
-    exit_kind::interrupted, false, 0, 0, nullptr, nullptr, nullptr, nullptr, false, nullptr, 0};
+exit_record interruption_exit = [] {
+    exit_record exit{};
+    exit.kind = exit_kind::interrupted;
+    return exit;
+}();
+
+// A program that keeps rewriting code is not to fill the memory with what has been dropped.
+bool is_wasted(const code_cache& cache) {
+    return cache.dropped_words > waste_limit && cache.dropped_words > cache.placed_words / 2;
+}
 
 std::uint8_t* map_cache(std::uint64_t near_address, std::size_t bytes) {
     constexpr int protection = PROT_READ | PROT_WRITE | PROT_EXEC;
@@ -111,12 +121,16 @@ code_cache* create_code_cache(thread_context* context, std::uint64_t near_addres
 }
 
 void flush_code_cache(code_cache& cache) {
-    cache.blocks.for_each_key(
-        [&](const block_key& key) { clear_lookup_entry(cache.context, key.application_pc); });
+    cache.blocks.for_each(
+        [&](const block_key& key, const block&) { clear_lookup_entry(cache.context, key.application_pc); });
     cache.blocks.clear();
     cache.instructions.clear();
     clear_call_paths(cache.paths);
     cache.exits.clear();
+    cache.free_exits = cache.new_exits = nullptr;
+    cache.placed_words = cache.dropped_words = 0;
+    cache.indexed = false;
+    cache.blocks_of_page.clear();
     std::fill_n(cache.noted_pages, noted_pages_kept, 0);
     clear_code_map(cache.map);
     cache.out.cursor = cache.cold = cache.chunk_end = cache.start;
@@ -135,7 +149,8 @@ void clear_lookup_entries(thread_context* context, std::uint64_t start, std::uin
 void reserve_words(code_cache& cache, std::size_t words) {
     if (static_cast<std::size_t>(cache.cold - cache.out.cursor) >= words)
         return;
-    if (static_cast<std::size_t>(cache.limit - cache.chunk_end) < words)
+    const bool full = static_cast<std::size_t>(cache.limit - cache.chunk_end) < words;
+    if (full || is_wasted(cache))
         flush_code_cache(cache);
     const auto left = static_cast<std::size_t>(cache.limit - cache.chunk_end);
     assert(left >= words);
@@ -144,9 +159,13 @@ void reserve_words(code_cache& cache, std::size_t words) {
     cache.cold = cache.chunk_end;
 }
 
+std::size_t free_words(const code_cache& cache) {
+    return static_cast<std::size_t>(cache.limit - cache.chunk_end + (cache.cold - cache.out.cursor));
+}
+
 bool has_room(const code_cache& cache, std::size_t words) {
     return static_cast<std::size_t>(cache.cold - cache.out.cursor) >= words ||
-           static_cast<std::size_t>(cache.limit - cache.chunk_end) >= words;
+           (static_cast<std::size_t>(cache.limit - cache.chunk_end) >= words && !is_wasted(cache));
 }
 
 a64::word* take_cold_words(code_cache& cache, std::size_t words) {
@@ -174,23 +193,71 @@ void branch_to(exit_record& exit, const a64::word* destination) {
         place = exit.stub;
         *place = a64::b((destination - place) * 4);
     }
-    exit.linked = true;
     synchronise_code(place, place + 1);
 }
 
-void link_exit(exit_record& exit, const block& target) { branch_to(exit, target.entry); }
+exit_record* new_exit(code_cache& cache, exit_kind kind, std::uint64_t target) {
+    exit_record* exit = cache.free_exits;
+    if (exit)
+        cache.free_exits = exit->next;
+    else
+        exit = &cache.exits.add({});
+    *exit = {};
+    exit->kind = kind;
+    exit->target = target;
+    exit->path = cache.exit_path;
+    exit->in_copy = cache.exit_path != nullptr;
+    exit->next = std::exchange(cache.new_exits, exit);
+    return exit;
+}
+
+block* add_block(code_cache& cache, const block_key& key, const block& built) {
+    block* added = cache.blocks.find(key); // one that has been dropped
+    if (added)
+        *added = built;
+    else
+        added = cache.blocks.add(key, built);
+    added->exits = std::exchange(cache.new_exits, nullptr);
+    cache.placed_words += built.words;
+    if (cache.indexed)
+        index_block(cache, *added);
+    return added;
+}
+
+void note_link(exit_record& exit, const block& target) {
+    if (exit.linked_to)
+        forget_link(exit);
+    exit.linked_to = &target;
+    exit.previous_link = nullptr;
+    exit.next_link = target.links;
+    if (target.links)
+        target.links->previous_link = &exit;
+    target.links = &exit;
+}
+
+void forget_link(exit_record& exit) {
+    (exit.previous_link ? exit.previous_link->next_link : exit.linked_to->links) = exit.next_link;
+    if (exit.next_link)
+        exit.next_link->previous_link = exit.previous_link;
+    exit.linked_to = nullptr;
+}
+
+void link_exit(exit_record& exit, const block& target) {
+    branch_to(exit, target.entry);
+    note_link(exit, target);
+}
 
 bool continue_in_place(code_cache& cache, exit_record& exit) {
-    if (exit.linked)
+    if (exit.linked_to || exit.keeps_branch)
         return false;
     if (exit.branch + 1 == cache.out.cursor) {
         cache.out.cursor = exit.branch;
-        exit.linked = true;
+        exit.in_place = true;
         return true;
     }
     // The taken side of a conditional branch: its sides change places.
     exit_record* const untaken = exit.untaken;
-    if (!untaken || untaken->linked || untaken->branch + 1 != cache.out.cursor ||
+    if (!untaken || untaken->linked_to || untaken->branch + 1 != cache.out.cursor ||
         exit.branch != untaken->branch - 1)
         return false;
     if (!a64::is_invertible(*exit.branch))
@@ -198,8 +265,14 @@ bool continue_in_place(code_cache& cache, exit_record& exit) {
     *exit.branch = a64::with_offset(a64::inverted(*exit.branch), (untaken->stub - exit.branch) * 4);
     cache.out.cursor = untaken->branch;
     untaken->branch = exit.branch;
-    exit.linked = true;
+    exit.in_place = true;
     return true;
+}
+
+void note_in_place(exit_record& exit, const block& target) {
+    note_link(exit, target);
+    for (exit_record* own = target.exits; own; own = own->next)
+        own->keeps_branch = own->branch == target.entry && !own->untaken;
 }
 
 bool ends_code(const code_cache& cache, const exit_record& exit) {

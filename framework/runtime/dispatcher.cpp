@@ -5,26 +5,13 @@
 #include "framework/runtime/signals.h"
 #include "framework/runtime/system_calls.h"
 #include "framework/runtime/traces.h"
-#include "framework/runtime/translated_pages.h"
+#include "framework/runtime/translated_code.h"
 
 namespace {
 
 // With tagged addresses, bits 63:56 of a branch target in the lower half of the address space are ignored.
 std::uint64_t branch_target(std::uint64_t address) {
     return address & (std::uint64_t{1} << 55) ? address : address & ~(std::uint64_t{0xFF} << 56);
-}
-
-void invalidate_code_line(thread_context* context, std::uint64_t address) {
-    code_changed(context, address & ~(translated_page_bytes - 1),
-                 (address | (translated_page_bytes - 1)) + 1);
-}
-
-// Drops the blocks if another thread has changed code.
-bool flush_if_requested(thread_context* context) {
-    if (!context->flush_requested.load() || !context->flush_requested.exchange(false))
-        return false;
-    flush_code_cache(*context->cache);
-    return true;
 }
 
 // Does what the exit asks for and sets the context's `pc` to where the application goes on. Returns the exit
@@ -38,10 +25,10 @@ exit_record* leave(thread_context* context, exit_record* exit) {
     case exit_kind::interrupted:
         return nullptr;
     case exit_kind::system_call:
-        handle_system_call(context); // may flush the cache and the record with it
+        handle_system_call(context); // may drop the block and the record with it
         return nullptr;
     case exit_kind::invalidate_code:
-        invalidate_code_line(context, read_register(context, exit->detail));
+        code_line_changed(context, read_register(context, exit->detail));
         return nullptr;
     }
     return nullptr;
@@ -74,7 +61,7 @@ bool enter(thread_context* context, const block& start, exit_record*& exit) {
     context->enter_target = reinterpret_cast<std::uint64_t>(start.landing);
     context->in_cache.store(true);
     // From here on, a signal that arrives changes the target.
-    const bool free = !context->flush_requested.load() && !context->signals.pending.load();
+    const bool free = !context->code_change_pending.load() && !context->signals.pending.load();
     if (free)
         exit = context->cache->gate.enter_cache(context);
     context->in_cache.store(false);
@@ -89,7 +76,7 @@ void run_application_here(thread_context* context) {
     exit_record* from = nullptr; // the exit by which the cache was left, if it can be linked
     bool indirect = false;       // it was left by an indirect branch
     while (!context->ended) {
-        if (deliver_signals(context) | flush_if_requested(context)) {
+        if (deliver_signals(context) | drop_changed_code(context)) {
             from = nullptr;
             indirect = false;
         }
@@ -97,7 +84,7 @@ void run_application_here(thread_context* context) {
         from = nullptr;
         if (!next)
             continue;
-        // The entry may be made after it should have been cleared: then a flush has been requested.
+        // The entry may be made after it should have been cleared: then a change is pending.
         if (indirect)
             enter_in_lookup_table(*context->cache, context->pc, *next);
         indirect = false;

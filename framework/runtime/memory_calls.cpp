@@ -10,7 +10,7 @@
 #include "framework/runtime/program_break.h"
 #include "framework/runtime/raw_system_call.h"
 #include "framework/runtime/system_calls.h"
-#include "framework/runtime/translated_pages.h"
+#include "framework/runtime/translated_code.h"
 
 namespace {
 

@@ -58,11 +58,11 @@ struct thread_context {
     bool borrowed;                 // by a child process that shares the memory, while the thread waits for it
 
     // Between threads.
-    std::atomic<int> number;           // the thread's number in the kernel, 0 until it runs
-    std::atomic<bool> flush_requested; // the dispatcher is to drop all blocks
-    std::atomic<bool> in_system_call;  // the thread may be waiting in a system call of the application
-    std::atomic<bool> in_cache;        // the thread runs code of its cache, or of a client called from there
-    std::atomic<bool> stopped;         // the thread has stopped for good, since the process ends
+    std::atomic<int> number;               // the thread's number in the kernel, 0 until it runs
+    std::atomic<bool> code_change_pending; // the dispatcher is to drop blocks
+    std::atomic<bool> in_system_call;      // the thread may be waiting in a system call of the application
+    std::atomic<bool> in_cache; // the thread runs code of its cache, or of a client called from there
+    std::atomic<bool> stopped;  // the thread has stopped for good, since the process ends
 
     thread_signals signals;
 

@@ -141,6 +141,7 @@ const block* build_trace(code_cache& cache, exit_record& from) {
     if (!has_room(cache, words_needed(plan)))
         return nullptr;
     reserve_words(cache, words_needed(plan));
+    const std::size_t free_before = free_words(cache);
     const bool in_place = !from.counter && continue_in_place(cache, from);
     const a64::word* const start = cache.out.cursor;
     std::array<block, trace_blocks_limit> copies{};
@@ -151,17 +152,28 @@ const block* build_trace(code_cache& cache, exit_record& from) {
     place_cold_code(cache, {copies.data(), plan.count});
     __builtin___clear_cache(reinterpret_cast<char*>(const_cast<a64::word*>(start - 1)),
                             reinterpret_cast<char*>(cache.out.cursor));
-    const block* first = nullptr;
-    for (std::size_t n = plan.count; n-- > 0;) {
+    copies[0].words = static_cast<std::uint32_t>(free_before - free_words(cache));
+    block* first = nullptr;
+    block* previous = nullptr;
+    for (std::size_t n = 0; n < plan.count; ++n) {
         const step& at = plan.steps[n];
-        ++cache.blocks.find({at.pc, nullptr})->copies;
-        first = cache.blocks.add({at.pc, at.path}, copies[n]);
+        block* const source = cache.blocks.find({at.pc, nullptr});
+        ++source->copies;
+        copies[n].start = source->start;
+        copies[n].end = source->end;
+        block* const added = add_block(cache, {at.pc, at.path}, copies[n]);
+        (previous ? previous->together : first) = added;
+        previous = added;
         // Indirect branches find the better block.
         if (at.path == outermost_path(cache.paths) &&
             lookup_entry_of(cache.context, at.pc).application_pc == at.pc)
-            enter_in_lookup_table(cache, at.pc, *first);
+            enter_in_lookup_table(cache, at.pc, *added);
     }
-    if (!in_place)
+    if (previous != first)
+        previous->together = first;
+    if (in_place)
+        note_in_place(from, *first);
+    else
         link_exit(from, *first);
     return first;
 }

@@ -14,6 +14,8 @@
 // Each stretch begins at its name with a load-exclusive. None of this is run here.
 asm(R"(
     .pushsection .text
+    .globl plain_exclusives, compare_and_swap_at_x28, update_of_x28, pair_with_status_in_x28
+    .globl branches_within, own_addresses, literals_between
 plain_exclusives:
     ldxr x0, [x1]
     add x0, x0, #1
@@ -133,7 +135,8 @@ TEST_P(Exclusives, NoAccessBetween) {
     const std::uint64_t end = context->pc + 16 * sizeof(word);
     for (std::size_t n = 0; n < cache.exits.size(); ++n) {
         exit_record& exit = cache.exits[n];
-        if (exit.kind != exit_kind::direct || exit.linked || exit.target - context->pc >= end - context->pc)
+        if (exit.kind != exit_kind::direct || exit.linked_to ||
+            exit.target - context->pc >= end - context->pc)
             continue;
         if (const block* const target = find_block(cache, exit.target)) {
             link_exit(exit, *target);

@@ -138,6 +138,22 @@ TEST(Threads, ProcessEndsAmongBusyThreads) {
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(ChangingCode, SameAsDirectly,
+                         testing::Values(program_case{"changing_code", {"graph", "3000"}},
+                                         program_case{"changing_code", {"in-place", "20000"}},
+                                         program_case{"changing_code", {"protected", "5000"}},
+                                         program_case{"changing_code", {"loop", "20"}}),
+                         name_of);
+
+// What user-mode emulation does not do directly: code written by way of another mapping, and SVE.
+TEST(MachineWithoutSVE, ChangingCode) {
+    EXPECT_EQ(run_translated("changing_code", {"elsewhere", "5000"}).output, "elsewhere: 0 wrong\n");
+    const outcome result = run_translated("changing_code", {"sve", "2000"});
+    EXPECT_EQ(result.output, "sve: 0 wrong\n");
+    EXPECT_NE(result.errors.find("changing_code: 2000 SVE instructions executed\n"), std::string::npos)
+        << result.errors;
+}
+
 // Every way in which a program may end; see endings.c.
 std::vector<program_case> endings() {
     std::vector<program_case> result;

@@ -10,6 +10,7 @@
 #include "dr_api.h"
 #include "framework/loader/module.h"
 #include "framework/loader/script.h"
+#include "framework/runtime/block_builder.h"
 #include "framework/runtime/client_events.h"
 #include "framework/runtime/code_cache.h"
 #include "framework/runtime/dispatcher.h"
@@ -18,6 +19,19 @@
 #include "framework/runtime/robust_list.h"
 
 extern "C" void dr_client_main(client_id_t, int, const char**) {}
+
+// Two pieces of code, the first of which goes to the second in two ways.
+asm(R"(
+    .pushsection .text
+    .globl first_piece, second_piece
+first_piece:
+    cbz x0, second_piece
+    b second_piece
+second_piece:
+    ret
+    .popsection
+)");
+extern "C" const a64::word first_piece[], second_piece[];
 
 namespace {
 
@@ -213,6 +227,40 @@ void run_in_small_cache() {
 TEST(CodeCache, FullCacheStartsAnew) {
     expected_sum = work();
     EXPECT_EXIT(run_in_small_cache(), testing::ExitedWithCode(42), "");
+}
+
+TEST(CodeCache, BlocksOfARangeAreDropped) {
+    const auto address = [](const a64::word* code) { return reinterpret_cast<std::uint64_t>(code); };
+    thread_context* const own = create_thread_context();
+    code_cache& cache = *create_code_cache(own, 0, 1 << 16);
+    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
+                         reinterpret_cast<std::uint64_t>(etext));
+    const auto build = [&](const a64::word* code, exit_record* from) {
+        own->pc = address(code);
+        return build_block(own, from);
+    };
+    const block* const first = build(first_piece, nullptr);
+    const auto exit_to = [&](const a64::word* code) {
+        exit_record* exit = first->exits;
+        while (exit && exit->target != address(code))
+            exit = exit->next;
+        return exit;
+    };
+    build(second_piece, exit_to(second_piece));
+    const block* const third = build(first_piece + 1, exit_to(first_piece + 1));
+    enter_in_lookup_table(cache, address(second_piece), *find_block(cache, address(second_piece)));
+    enter_in_lookup_table(cache, address(first_piece), *first);
+
+    drop_blocks(cache, {address(second_piece), address(second_piece) + 4});
+    EXPECT_EQ(find_block(cache, address(second_piece)), nullptr);
+    EXPECT_EQ(find_block(cache, address(first_piece)), first);
+    EXPECT_EQ(find_block(cache, address(first_piece + 1)), third);
+    EXPECT_EQ(exit_to(second_piece)->linked_to, nullptr);
+    EXPECT_EQ(exit_to(first_piece + 1)->linked_to, third);
+    EXPECT_NE(lookup_entry_of(own, address(second_piece)).application_pc, address(second_piece));
+    EXPECT_EQ(lookup_entry_of(own, address(first_piece)).application_pc, address(first_piece));
+    EXPECT_EQ(cache.generation, 0u);
+    destroy_thread_context(own);
 }
 
 } // namespace

@@ -1,0 +1,228 @@
+// Code that is written at run time and then changed again and again, in the way that the argument says.
+#define _GNU_SOURCE
+#include <pthread.h>
+#include <stdatomic.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+enum { writable = PROT_READ | PROT_WRITE, executable = PROT_READ | PROT_EXEC };
+
+static void* map(size_t bytes, int protection) {
+    return mmap(NULL, bytes, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+}
+static void publish(void* code, size_t bytes) { __builtin___clear_cache((char*)code, (char*)code + bytes); }
+
+static uint32_t random_number(uint32_t below) {
+    static uint64_t state = 1;
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    return (uint32_t)(state >> 33) % below;
+}
+
+// A graph of pieces of code that go to each other by all kinds of branches. Each adds a number to W0, counts
+// W1 down, returns if that is zero, and goes on at one of two other pieces. They lie across cache lines and
+// pages.
+enum { pieces = 256, piece_words = 7, end_word = pieces * piece_words, branch_kinds = 6 };
+struct piece {
+    unsigned add, kind, bit, target[2];
+};
+static struct piece graph[pieces];
+static uint32_t* graph_code;
+static const uint64_t x28 = 0x5a5a3c3c;
+
+static uint32_t offset_field(unsigned from, unsigned to, unsigned low, unsigned width) {
+    return ((uint32_t)(to - from) & ((1u << width) - 1)) << low;
+}
+
+static void write_piece(unsigned number) {
+    const struct piece* const piece = &graph[number];
+    const unsigned start = number * piece_words;
+    const unsigned to[2] = {piece->target[0] * piece_words, piece->target[1] * piece_words};
+    uint32_t* const code = graph_code + start;
+    code[0] = 0x11000000 | piece->add << 10;                         // ADD W0, W0, #add
+    code[1] = 0x71000421;                                            // SUBS W1, W1, #1
+    code[2] = 0x54000000 | offset_field(start + 2, end_word, 5, 19); // B.EQ
+    code[4] = 0x14000000 | offset_field(start + 4, to[1], 0, 26);    // B
+    switch (piece->kind) {
+    case 0:
+        code[3] = 0x36000000 | piece->bit << 19 | offset_field(start + 3, to[0], 5, 14); // TBZ W0, #bit
+        break;
+    case 1:
+        code[3] = 0x36000000 | piece->bit << 19 | offset_field(start + 3, to[0], 5, 14) | 28; // TBZ W28, #bit
+        break;
+    case 2:
+        code[3] = 0x35000000 | offset_field(start + 3, to[0], 5, 19) | 1; // CBNZ W1, always taken
+        break;
+    case 3:
+        code[3] = 0x54000000 | offset_field(start + 3, to[0], 5, 19); // B.EQ, never taken
+        break;
+    case 4:
+        code[3] = 0xD503201F; // NOP
+        break;
+    case 5: // ADR X2; ADD X2, X2, #0; BR X2
+        code[3] = 0x10000002 | ((uint32_t)(to[0] - start - 3) & 0x7FFFF) << 5;
+        code[4] = 0x91000042;
+        code[5] = 0xD61F0040;
+        break;
+    }
+    publish(code, piece_words * sizeof *code);
+}
+
+static void choose_piece(unsigned number) {
+    graph[number] = (struct piece){random_number(4096),
+                                   random_number(branch_kinds),
+                                   random_number(8),
+                                   {random_number(pieces), random_number(pieces)}};
+    write_piece(number);
+}
+
+static uint32_t run_graph(unsigned start, uint32_t count) {
+    register uint64_t result __asm__("x0") = 0;
+    register uint64_t counter __asm__("x1") = count;
+    register const uint32_t* code __asm__("x3") = graph_code + start * piece_words;
+    __asm__ volatile("mov x28, %3\n\tblr %2"
+                     : "+r"(result), "+r"(counter)
+                     : "r"(code), "r"(x28)
+                     : "x2", "x28", "x30", "cc", "memory");
+    return (uint32_t)result;
+}
+
+static uint32_t follow_graph(unsigned at, uint32_t count) {
+    uint32_t sum = 0;
+    for (;;) {
+        const struct piece* const piece = &graph[at];
+        sum += piece->add;
+        if (--count == 0)
+            return sum;
+        unsigned taken = piece->kind == 2 || piece->kind == 5;
+        if (piece->kind == 0)
+            taken = !(sum >> piece->bit & 1);
+        if (piece->kind == 1)
+            taken = !(x28 >> piece->bit & 1);
+        at = piece->target[!taken];
+    }
+}
+
+static unsigned check_graph(unsigned rounds) {
+    graph_code = map(65536, writable | PROT_EXEC);
+    graph_code[end_word] = 0xD65F03C0;
+    for (unsigned n = 0; n < pieces; ++n)
+        choose_piece(n);
+    unsigned wrong = 0;
+    for (unsigned round = 0; round < rounds; ++round) {
+        for (unsigned n = random_number(4); n > 0; --n)
+            choose_piece(random_number(pieces));
+        const unsigned start = random_number(pieces), count = 1 + random_number(300);
+        wrong += run_graph(start, count) != follow_graph(start, count);
+    }
+    return wrong;
+}
+
+// MOV W0, #value; RET.
+static void write_function(uint32_t* code, const uint32_t* where_it_runs, unsigned value) {
+    code[0] = 0x52800000 | (value & 0xFFFF) << 5;
+    code[1] = 0xD65F03C0;
+    publish((void*)where_it_runs, 8);
+}
+static unsigned call(const uint32_t* code) {
+    unsigned (*volatile function)(void) = (unsigned (*)(void))(void*)code;
+    return function();
+}
+
+// The same place rewritten; with changes of protection; by way of a second mapping.
+static unsigned rewrite(unsigned rounds, int protect) {
+    uint32_t* const code = map(65536, writable | PROT_EXEC);
+    unsigned wrong = 0;
+    for (unsigned n = 0; n < rounds; ++n) {
+        if (protect)
+            mprotect(code, 65536, writable);
+        write_function(code, code, n);
+        if (protect)
+            mprotect(code, 65536, executable);
+        wrong += call(code) != (n & 0xFFFF);
+    }
+    return wrong;
+}
+static unsigned rewrite_elsewhere(unsigned rounds) {
+    const int file = memfd_create("code", 0);
+    if (file < 0 || ftruncate(file, 65536) != 0)
+        return 1;
+    uint32_t* const data = mmap(NULL, 65536, writable, MAP_SHARED, file, 0);
+    uint32_t* const code = mmap(NULL, 65536, executable, MAP_SHARED, file, 0);
+    unsigned wrong = 0;
+    for (unsigned n = 0; n < rounds; ++n) {
+        write_function(data, code, n);
+        wrong += call(code) != (n & 0xFFFF);
+    }
+    return wrong;
+}
+
+// RDVL X0, #value; RET: an instruction that the processor may not have.
+static unsigned rewrite_sve(unsigned rounds) {
+    uint32_t* const code = map(65536, writable | PROT_EXEC);
+    unsigned wrong = 0;
+    for (unsigned n = 0; n < rounds; ++n) {
+        code[0] = 0x04BF5000 | n % 32 << 5;
+        code[1] = 0xD65F03C0;
+        publish(code, 8);
+        wrong += call(code) != n % 32 * 128;
+    }
+    return wrong;
+}
+
+// One thread stays in a loop that only branches; the other changes the loop to leave, or takes it away.
+static uint32_t* loop;
+static atomic_uint entered;
+static void* run_loop(void* argument) {
+    atomic_fetch_add(&entered, 1);
+    return (void*)(uintptr_t)call(argument);
+}
+static unsigned leave_loop(unsigned rounds) {
+    unsigned wrong = 0;
+    loop = map(65536, writable | PROT_EXEC);
+    for (unsigned n = 0; n < rounds; ++n) {
+        // 1: B 2f; NOP; 2: CBZ WZR, 1b; MOV W0, #n; RET
+        const uint32_t code[] = {0x14000002, 0xD503201F, 0x34FFFFDF, 0x52800000 | n << 5, 0xD65F03C0};
+        memcpy(loop, code, sizeof code);
+        publish(loop, sizeof code);
+        pthread_t threads[2];
+        atomic_store(&entered, 0);
+        for (unsigned t = 0; t < 2; ++t)
+            pthread_create(&threads[t], NULL, run_loop, loop);
+        while (atomic_load(&entered) < 2)
+            usleep(100);
+        usleep(2000);
+        loop[n % 2 * 2] =
+            n % 2 ? 0xD503201F : 0x14000003; // the second branch becomes NOP, or the first goes to the end
+        publish(loop, sizeof code);
+        for (unsigned t = 0; t < 2; ++t) {
+            void* result;
+            pthread_join(threads[t], &result);
+            wrong += (uintptr_t)result != n;
+        }
+    }
+    return wrong;
+}
+
+int main(int argc, char** argv) {
+    const char* const way = argc > 1 ? argv[1] : "";
+    const unsigned rounds = argc > 2 ? (unsigned)atoi(argv[2]) : 1000;
+    unsigned wrong = 1;
+    if (strcmp(way, "graph") == 0)
+        wrong = check_graph(rounds);
+    else if (strcmp(way, "in-place") == 0)
+        wrong = rewrite(rounds, 0);
+    else if (strcmp(way, "protected") == 0)
+        wrong = rewrite(rounds, 1);
+    else if (strcmp(way, "elsewhere") == 0)
+        wrong = rewrite_elsewhere(rounds);
+    else if (strcmp(way, "sve") == 0)
+        wrong = rewrite_sve(rounds);
+    else if (strcmp(way, "loop") == 0)
+        wrong = leave_loop(rounds);
+    printf("%s: %u wrong\n", way, wrong);
+    return wrong != 0;
+}
