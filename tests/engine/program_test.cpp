@@ -85,6 +85,11 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(Traces, SameAsDirectly, testing::Values(program_case{"traces", {}}), name_of);
 
+INSTANTIATE_TEST_SUITE_P(BranchProtection, SameAsDirectly,
+                         testing::Values(program_case{"exceptions-protected", {}},
+                                         program_case{"library-protected", {}}),
+                         name_of);
+
 INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
                          testing::Values(program_case{"threads", {"work"}}, program_case{"threads", {"fork"}},
                                          program_case{"threads", {"return"}},
