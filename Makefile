@@ -16,12 +16,13 @@ endif
 
 export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
 
-.PHONY: help demo test conformance bench format missing install clean
+.PHONY: help demo test soak conformance bench format missing install clean
 .NOTPARALLEL:
 
 help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
+	@echo 'make soak             threads, signals, children and changing code for SECONDS=, and whether memory grows'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
 	@echo 'make bench            what emulated instructions and floating-point kernels cost'
 	@echo 'make missing          list the opcodes that are not carried yet'
@@ -33,6 +34,10 @@ demo: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target demo
 
 test: check-format $(TREES:%=test-%)
+
+SECONDS ?= 300
+soak: configure-$(AARCH64)
+	SOAK_SECONDS=$(SECONDS) cmake --build --preset $(AARCH64) --target run_soak
 
 bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
