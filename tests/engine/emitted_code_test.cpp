@@ -1,6 +1,8 @@
-// Reads the code that the engine emits for stretches from a load-exclusive to its store-exclusive: on the way
-// from one to the other, it accesses no memory but what the application does.
+// Reads the code that the engine emits. From a load-exclusive to its store-exclusive, it accesses no memory
+// but what the application does. And whatever is written to the cache is seen by the processor's instruction
+// fetch.
 #include <algorithm>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
 
@@ -198,4 +200,60 @@ INSTANTIATE_TEST_SUITE_P(Stretches, Exclusives,
                              return std::string(info.param.name);
                          });
 
+// The words of a cache as the last maintenance left them.
+a64::word* maintained_start;
+std::vector<word> maintained;
+
+void expect_all_maintained(const code_cache& cache) {
+    for (std::size_t n = 0; n < maintained.size(); ++n)
+        ASSERT_EQ(maintained_start[n], maintained[n]) << "word " << n << " of " << &cache;
+}
+
+// Some exit that is not linked yet, every other time that which ends the code; null if there is none.
+exit_record* unlinked_exit(const code_cache& cache, std::uint64_t random) {
+    std::vector<exit_record*> found;
+    for (const auto& [pc, owner] : cache.blocks)
+        for (exit_record* exit = owner.exits; exit; exit = exit->next)
+            if (exit->kind == exit_kind::direct && !exit->linked_to)
+                found.push_back(exit);
+    std::ranges::sort(found, {}, &exit_record::branch);
+    return found.empty() ? nullptr : found[random % 2 ? found.size() - 1 : random / 2 % found.size()];
+}
+
+// Blocks of this program, built and linked from exit to exit, dropped and built again, in a cache that is
+// filled and flushed meanwhile.
+TEST(Maintenance, CoversWhatIsWritten) {
+    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
+                         reinterpret_cast<std::uint64_t>(etext));
+    thread_context* const context = create_thread_context();
+    code_cache& cache = *create_code_cache(context, 0, 1 << 15);
+    maintained_start = cache.start;
+    maintained.assign(cache.start, cache.limit);
+    std::uint64_t random = 1;
+    for (unsigned step = 0; step < 1500 && !HasFatalFailure(); ++step) {
+        random = random * 6364136223846793005u + 1442695040888963407u;
+        exit_record* const exit = step % 100 == 0 ? nullptr : unlinked_exit(cache, random >> 40);
+        context->pc = exit ? exit->target : reinterpret_cast<std::uint64_t>(&std::snprintf) + step / 25 * 4;
+        const block* const target = find_block(cache, context->pc);
+        if (!target)
+            build_block(context, exit);
+        else if (exit)
+            link_exit(*exit, *target);
+        if (random >> 61 == 0)
+            drop_blocks(cache, {context->pc, context->pc + (random >> 50 & 0xFFC) + 4});
+        expect_all_maintained(cache);
+    }
+    EXPECT_GT(cache.generation, 0u);
+    maintained.clear();
+    destroy_thread_context(context);
+}
+
 } // namespace
+
+extern "C" void __real___clear_cache(void* start, void* end);
+extern "C" void __wrap___clear_cache(void* start, void* end) {
+    for (word* place = static_cast<word*>(start); place < end; ++place)
+        if (!maintained.empty() && place >= maintained_start && place < maintained_start + maintained.size())
+            maintained[static_cast<std::size_t>(place - maintained_start)] = *place;
+    __real___clear_cache(start, end);
+}
