@@ -108,6 +108,11 @@ bool is_unchanged(const _instrlist_t* list, const block_source& source, std::uin
     return !instruction;
 }
 
+bool is_copied(a64::word instruction) {
+    return a64::classify(instruction) == a64::kind::plain &&
+           !a64::may_name(instruction, a64::stolen_register);
+}
+
 // A bound of the words that so many instructions as they were read, or those of the list, become.
 std::size_t words_needed(unsigned instructions) {
     return 2 * transfer_words_limit + instructions * std::size_t{mangled_words_limit};
@@ -115,7 +120,7 @@ std::size_t words_needed(unsigned instructions) {
 std::size_t words_needed(const _instrlist_t* list) {
     std::size_t words = 2 * transfer_words_limit;
     for (const _instr_t* instruction = list->first; instruction; instruction = instruction->next)
-        words += instruction->is_app ? mangled_words_limit : 1;
+        words += instruction->is_app && !is_copied(instruction->word) ? mangled_words_limit : 1;
     return words;
 }
 
