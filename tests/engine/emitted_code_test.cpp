@@ -210,12 +210,13 @@ void expect_all_maintained(const code_cache& cache) {
 }
 
 // Some exit that is not linked yet, every other time that which ends the code; null if there is none.
-exit_record* unlinked_exit(const code_cache& cache, std::uint64_t random) {
+exit_record* unlinked_exit(code_cache& cache, std::uint64_t random) {
     std::vector<exit_record*> found;
-    for (const auto& [pc, owner] : cache.blocks)
+    cache.blocks.for_each([&](const block_key&, const block& owner) {
         for (exit_record* exit = owner.exits; exit; exit = exit->next)
             if (exit->kind == exit_kind::direct && !exit->linked_to)
                 found.push_back(exit);
+    });
     std::ranges::sort(found, {}, &exit_record::branch);
     return found.empty() ? nullptr : found[random % 2 ? found.size() - 1 : random / 2 % found.size()];
 }
