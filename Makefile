@@ -16,7 +16,7 @@ endif
 
 export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
 
-.PHONY: help demo test soak conformance bench format missing install clean
+.PHONY: help demo test test-programs soak conformance bench format missing install clean
 .NOTPARALLEL:
 
 help:
@@ -24,6 +24,7 @@ help:
 	@echo 'make test             build all, check the format and run all tests'
 	@echo 'make soak             threads, signals, children and changing code for SECONDS=, and whether memory grows'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
+	@echo 'make test-programs    run programs of Debian packages directly and under ostrel, and compare (PROGRAM=)'
 	@echo 'make bench            what emulated instructions and floating-point kernels cost'
 	@echo 'make missing          list the opcodes that are not carried yet'
 	@echo 'make format           format the sources (clang-format 14)'
@@ -38,6 +39,11 @@ test: check-format $(TREES:%=test-%)
 SECONDS ?= 300
 soak: configure-$(AARCH64)
 	SOAK_SECONDS=$(SECONDS) cmake --build --preset $(AARCH64) --target run_soak
+
+# Downloads some 220 MB of packages once, and takes half an hour. PROGRAM= is a pattern of the cases' names.
+test-programs: configure-$(AARCH64)
+	cmake --build --preset $(AARCH64) --target ostrel
+	tests/real_programs/run.sh build/aarch64 all $(if $(PROGRAM),'$(PROGRAM)')
 
 bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
