@@ -10,6 +10,7 @@ TREES := aarch64-native
 MISSING_OPCODES := build/aarch64/bin/missing_opcodes
 else
 AARCH64 := aarch64
+EMULATOR := qemu-aarch64 -cpu max,sve=off
 TREES := aarch64 host
 MISSING_OPCODES := build/host/bin/missing_opcodes
 endif
@@ -44,6 +45,12 @@ soak: configure-$(AARCH64)
 test-programs: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel
 	tests/real_programs/run.sh build/aarch64 all $(if $(PROGRAM),'$(PROGRAM)')
+
+# Threads, signals, processes and mappings mixed.
+MINUTES ?= 5
+soak: configure-$(AARCH64)
+	cmake --build --preset $(AARCH64) --target ostrel soak
+	$(EMULATOR) build/aarch64/bin/ostrel build/aarch64/bin/soak $$(($(MINUTES) * 60))
 
 bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
