@@ -23,7 +23,7 @@ export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
 help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
-	@echo 'make soak             threads, signals, children and changing code for SECONDS=, and whether memory grows'
+	@echo 'make soak             threads, signals, processes and changing code for twice MINUTES=5, and whether memory grows'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
 	@echo 'make test-programs    run programs of Debian packages directly and under ostrel, and compare (PROGRAM=)'
 	@echo 'make bench            what emulated instructions and floating-point kernels cost'
@@ -37,20 +37,17 @@ demo: configure-$(AARCH64)
 
 test: check-format $(TREES:%=test-%)
 
-SECONDS ?= 300
-soak: configure-$(AARCH64)
-	SOAK_SECONDS=$(SECONDS) cmake --build --preset $(AARCH64) --target run_soak
-
 # Downloads some 220 MB of packages once, and takes half an hour. PROGRAM= is a pattern of the cases' names.
 test-programs: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel
 	tests/real_programs/run.sh build/aarch64 all $(if $(PROGRAM),'$(PROGRAM)')
 
-# Threads, signals, processes and mappings mixed.
+# Threads, signals, processes and mappings mixed; and each mechanism by itself, with a look at the memory.
 MINUTES ?= 5
 soak: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel soak
 	$(EMULATOR) build/aarch64/bin/ostrel build/aarch64/bin/soak $$(($(MINUTES) * 60))
+	SOAK_SECONDS=$$(($(MINUTES) * 60)) cmake --build --preset $(AARCH64) --target run_soak
 
 bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
