@@ -69,8 +69,13 @@ static void information(void) {
         .sigev_notify = SIGEV_SIGNAL, .sigev_signo = SIGALRM, .sigev_value.sival_int = 5};
     timer_create(CLOCK_MONOTONIC, &event, &timer);
     const struct itimerspec soon = {{0, 0}, {0, 1000000}};
+    sigset_t set, old;
+    sigemptyset(&set);
+    sigaddset(&set, SIGALRM);
+    sigprocmask(SIG_BLOCK, &set, &old);
     timer_settime(timer, 0, &soon, NULL);
-    pause();
+    sigsuspend(&old);
+    sigprocmask(SIG_SETMASK, &old, NULL);
     fflush(stdout);
     const pid_t child = fork();
     if (child == 0)
@@ -239,7 +244,7 @@ static void waits(void) {
                 sigprocmask(SIG_UNBLOCK, &set, NULL);
             char byte;
             struct pollfd poll_end = {ends[0], POLLIN, 0};
-            const struct timespec second = {1, 0};
+            const struct timespec seconds = {10, 0}; // more than ever pass
             fd_set ready;
             FD_ZERO(&ready);
             FD_SET(ends[0], &ready);
@@ -247,10 +252,10 @@ static void waits(void) {
             int result = 0;
             switch (way) {
             case 0:
-                result = restart ? poll(&poll_end, 1, 100) : (int)read(ends[0], &byte, 1);
+                result = restart ? poll(&poll_end, 1, 10000) : (int)read(ends[0], &byte, 1);
                 break;
             case 1:
-                result = nanosleep(&second, NULL);
+                result = nanosleep(&seconds, NULL);
                 break;
             case 2:
                 result = pause();
@@ -262,10 +267,10 @@ static void waits(void) {
                 result = sigsuspend(&none);
                 break;
             case 5:
-                result = ppoll(&poll_end, 1, &second, &none);
+                result = ppoll(&poll_end, 1, &seconds, &none);
                 break;
             case 6:
-                result = sigtimedwait(&set, NULL, &second) == SIGUSR1 ? 9 : -1;
+                result = sigtimedwait(&set, NULL, &seconds) == SIGUSR1 ? 9 : -1;
                 break;
             }
             const int error = errno;
