@@ -221,9 +221,8 @@ static void stacks(void) {
 // System calls that a signal interrupts, with and without SA_RESTART.
 static void* send_later(void* argument) {
     (void)argument;
-    usleep(30000);
+    usleep(150000); // by then the other thread waits
     kill(getpid(), SIGUSR1);
-    usleep(30000);
     return NULL;
 }
 static void waits(void) {
