@@ -12,6 +12,7 @@
 #include "framework/runtime/exclusives.h"
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/recovery.h"
+#include "framework/runtime/traces.h"
 
 // Each stretch begins at its name with a load-exclusive. None of this is run here.
 asm(R"(
@@ -209,12 +210,13 @@ void expect_all_maintained(const code_cache& cache) {
         ASSERT_EQ(maintained_start[n], maintained[n]) << "word " << n << " of " << &cache;
 }
 
-// Some exit that is not linked yet, every other time that which ends the code; null if there is none.
-exit_record* unlinked_exit(code_cache& cache, std::uint64_t random) {
+// Some exit that the dispatcher may see, since it is not linked yet or counts, every other time that which
+// ends the code; null if there is none.
+exit_record* open_exit(code_cache& cache, std::uint64_t random) {
     std::vector<exit_record*> found;
     cache.blocks.for_each([&](const block_key&, const block& owner) {
         for (exit_record* exit = owner.exits; exit; exit = exit->next)
-            if (exit->kind == exit_kind::direct && !exit->linked_to)
+            if (exit->kind == exit_kind::direct && (!exit->linked_to || (exit->counter && exit->countdown)))
                 found.push_back(exit);
     });
     std::ranges::sort(found, {}, &exit_record::branch);
@@ -231,12 +233,19 @@ TEST(Maintenance, CoversWhatIsWritten) {
     maintained_start = cache.start;
     maintained.assign(cache.start, cache.limit);
     std::uint64_t random = 1;
+    unsigned copies = 0;
     for (unsigned step = 0; step < 1500 && !HasFatalFailure(); ++step) {
         random = random * 6364136223846793005u + 1442695040888963407u;
-        exit_record* const exit = step % 100 == 0 ? nullptr : unlinked_exit(cache, random >> 40);
+        exit_record* const exit = step % 100 == 0 ? nullptr : open_exit(cache, random >> 40);
         context->pc = exit ? exit->target : reinterpret_cast<std::uint64_t>(&std::snprintf) + step / 25 * 4;
         const block* const target = find_block(cache, context->pc);
-        if (!target)
+        const unsigned generation = cache.generation;
+        if (exit && exit->path) {
+            if (exit->counter)
+                exit->countdown = 0;
+            if (target || (build_block(context, nullptr) && generation == cache.generation))
+                copies += follow_path(cache, *exit) != find_block(cache, exit->target);
+        } else if (!target)
             build_block(context, exit);
         else if (exit)
             link_exit(*exit, *target);
@@ -245,6 +254,7 @@ TEST(Maintenance, CoversWhatIsWritten) {
         expect_all_maintained(cache);
     }
     EXPECT_GT(cache.generation, 0u);
+    EXPECT_GT(copies, 10u);
     maintained.clear();
     destroy_thread_context(context);
 }
