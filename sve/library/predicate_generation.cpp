@@ -98,8 +98,9 @@ template <class Element> constexpr std::uint64_t odd_half(std::uint64_t word) {
     std::uint64_t packed = (word & ~even_elements<Element>) >> sizeof(Element);
     for (int group = sizeof(Element); group < 32; group *= 2) {
         // Groups of this many bits stand at every second place of their size.
-        const std::uint64_t joined = lowest_bits_of_groups(4 * group) * ((std::uint64_t{1} << 2 * group) - 1);
-        packed = (packed | packed >> group) & (group < 16 ? joined : 0xFFFFFFFF);
+        packed |= packed >> group;
+        packed &= group < 16 ? lowest_bits_of_groups(4 * group) * ((std::uint64_t{1} << 2 * group) - 1)
+                             : 0xFFFFFFFF;
     }
     return packed;
 }
