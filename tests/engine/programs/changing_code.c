@@ -23,13 +23,19 @@ static uint32_t random_number(uint32_t below) {
 }
 
 // A graph of pieces of code that go to each other by all kinds of branches. Each adds a number to W0, counts
-// W1 down, returns if that is zero, and goes on at one of two other pieces. They lie across cache lines and
+// W1 down, leaves if that is zero, and goes on at one of two other pieces, or calls a function before. A
+// function adds a number as well, and returns or goes on to a later function. They lie across cache lines and
 // pages.
-enum { pieces = 256, piece_words = 7, end_word = pieces * piece_words, branch_kinds = 6 };
+enum { pieces = 96, piece_words = 7, functions = 32, function_words = 3, branch_kinds = 8 };
+enum { end_word = pieces * piece_words, first_function_word = end_word + 1 };
 struct piece {
     unsigned add, kind, bit, target[2];
 };
 static struct piece graph[pieces];
+struct function {
+    unsigned add, next; // `functions` if there is no next one
+};
+static struct function called[functions];
 static uint32_t* graph_code;
 static const uint64_t x28 = 0x5a5a3c3c;
 
@@ -68,7 +74,25 @@ static void write_piece(unsigned number) {
         code[5] = 0xD61F0040;
         break;
     }
+    if (piece->kind >= 6) // BL
+        code[3] =
+            0x94000000 | offset_field(start + 3, first_function_word + piece->bit * function_words, 0, 26);
     publish(code, piece_words * sizeof *code);
+}
+
+static void choose_function(unsigned number) {
+    struct function* const function = &called[number];
+    const unsigned start = first_function_word + number * function_words;
+    uint32_t* const code = graph_code + start;
+    *function = (struct function){random_number(4096), functions};
+    code[0] = 0x11000000 | function->add << 10; // ADD W0, W0, #add
+    code[1] = 0xD65F03C0;                       // RET
+    if (number + 1 < functions && random_number(2)) {
+        function->next = number + 1 + random_number(functions - number - 1);
+        code[1] = 0x14000000 |
+                  offset_field(start + 1, first_function_word + function->next * function_words, 0, 26);
+    }
+    publish(code, function_words * sizeof *code);
 }
 
 static void choose_piece(unsigned number) {
@@ -83,10 +107,10 @@ static uint32_t run_graph(unsigned start, uint32_t count) {
     register uint64_t result __asm__("x0") = 0;
     register uint64_t counter __asm__("x1") = count;
     register const uint32_t* code __asm__("x3") = graph_code + start * piece_words;
-    __asm__ volatile("mov x28, %3\n\tblr %2"
+    __asm__ volatile("mov x28, %3\n\tadr x4, 1f\n\tbr %2\n1:"
                      : "+r"(result), "+r"(counter)
                      : "r"(code), "r"(x28)
-                     : "x2", "x28", "x30", "cc", "memory");
+                     : "x2", "x4", "x28", "x30", "cc", "memory");
     return (uint32_t)result;
 }
 
@@ -97,6 +121,9 @@ static uint32_t follow_graph(unsigned at, uint32_t count) {
         sum += piece->add;
         if (--count == 0)
             return sum;
+        if (piece->kind >= 6)
+            for (unsigned n = piece->bit; n < functions; n = called[n].next)
+                sum += called[n].add;
         unsigned taken = piece->kind == 2 || piece->kind == 5;
         if (piece->kind == 0)
             taken = !(sum >> piece->bit & 1);
@@ -108,14 +135,18 @@ static uint32_t follow_graph(unsigned at, uint32_t count) {
 
 static unsigned check_graph(unsigned rounds) {
     graph_code = map(65536, writable | PROT_EXEC);
-    graph_code[end_word] = 0xD65F03C0;
+    graph_code[end_word] = 0xD61F0080; // BR X4
     for (unsigned n = 0; n < pieces; ++n)
         choose_piece(n);
+    for (unsigned n = 0; n < functions; ++n)
+        choose_function(n);
     unsigned wrong = 0;
     for (unsigned round = 0; round < rounds; ++round) {
-        for (unsigned n = random_number(4); n > 0; --n)
+        for (unsigned n = random_number(3); n > 0; --n)
             choose_piece(random_number(pieces));
-        const unsigned start = random_number(pieces), count = 1 + random_number(300);
+        if (random_number(8) == 0)
+            choose_function(random_number(functions));
+        const unsigned start = random_number(pieces), count = 1 + random_number(2000);
         wrong += run_graph(start, count) != follow_graph(start, count);
     }
     return wrong;
