@@ -15,4 +15,4 @@ exec unshare --mount $as_root sh -c '
         mkdir -p "$sysroot$path"
         mount --rbind "$path" "$sysroot$path"
     done
-    exec chroot "$sysroot" /usr/bin/env -C "$directory" "$@"' sh "$project" "$sysroot" "$@"
+    exec /usr/sbin/chroot "$sysroot" /usr/bin/env -C "$directory" "$@"' sh "$project" "$sysroot" "$@"

@@ -45,7 +45,11 @@ done
 # An AArch64 machine runs the programs itself.
 EMULATOR=
 [ "$(uname -m)" = aarch64 ] || EMULATOR="qemu-aarch64 -cpu max,sve=off -L $sysroot"
-export EMULATOR OSTREL="$build/bin/ostrel" SYSROOT="$sysroot" RESULTS="$results"
+export here EMULATOR OSTREL="$build/bin/ostrel" SYSROOT="$sysroot" RESULTS="$results"
+# Two that fail in the same way would look the same.
+way=directly
+. "$here/run_program.sh"
+[ "$(run busybox echo works)" = works ] || die "this machine can't run the programs of $sysroot"
 sh "$here/make_input.sh" "$results/input"
 selected=$(cd "$results/cases" && ls -d -- * | grep -e "$pattern" || true)
 if [ "$choice" = quick ]; then

@@ -8,27 +8,6 @@ has_flag() { case $flags in *" $1 "*) true ;; *) false ;; esac; }
 limit=120
 case $flags in *" time="*) limit=${flags##* time=} limit=${limit%% *} ;; esac
 
-# What the cases have: run PROGRAM ARGUMENT... in the way that $way says.
-cat >"$case/run" <<'END'
-run() {
-    program=$1
-    shift
-    root=$SYSROOT
-    case $program in
-    "$PWD"/*) root= ;; # made by the case itself
-    /*) ;;
-    *) program=/usr/bin/$program ;;
-    esac
-    if [ -z "$EMULATOR" ]; then
-        sh "$here/in_root.sh" "$SYSROOT" $([ "$way" = directly ] || echo "$OSTREL") "$program" "$@"
-    elif [ "$way" = directly ]; then
-        $EMULATOR "$root$program" "$@"
-    else
-        $EMULATOR "$OSTREL" --launcher "$EMULATOR" "$root$program" "$@"
-    fi
-}
-END
-
 # Everything that a program could print depends on the case alone.
 run_way() {
     way=$1
@@ -38,7 +17,7 @@ run_way() {
     (cd "$case/directory" && env -i PATH=/usr/bin:/bin HOME=/nonexistent LC_ALL=C.UTF-8 TZ=UTC \
         PYTHONHASHSEED=0 PYTHONDONTWRITEBYTECODE=1 PERL_HASH_SEED=0 \
         OSTREL="$OSTREL" SYSROOT="$SYSROOT" EMULATOR="$EMULATOR" way="$way" input="$RESULTS/input" here="$here" \
-        timeout -k 5 "$limit" sh -c '. "$1/run"; . "$1/script"' sh "$case") \
+        timeout -k 5 "$limit" sh -c '. "$here/run_program.sh"; . "$1/script"' sh "$case") \
         </dev/null >"$case/$way.out" 2>"$case/$way.err" || status=$?
     echo $status >"$case/$way.status"
     # The counts that ostrel reports are no output of the program.
