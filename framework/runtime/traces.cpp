@@ -1,10 +1,12 @@
 #include "framework/runtime/traces.h"
 
+#include <algorithm>
 #include <array>
 
 #include "framework/aarch64/general_registers.h"
 #include "framework/runtime/block_builder.h"
 #include "framework/runtime/block_exits.h"
+#include "framework/runtime/exclusives.h"
 #include "framework/runtime/mangle.h"
 
 namespace {
@@ -107,9 +109,13 @@ trace_plan make_plan(code_cache& cache, std::uint64_t pc, const call_path* path)
 void emit_copy(code_cache& cache, const step& at, bool last) {
     begin_fragment(cache.map, cache.out.cursor, at.pc);
     const block_end end = end_of(cache, at);
-    cache.exit_path = end.path;
     const read_instruction* const instructions = &cache.instructions[at.source->first_instruction];
     const unsigned count = at.source->instructions;
+    // To count executions between a load-exclusive and its store would be an access of memory.
+    const bool counts = std::none_of(instructions, instructions + count, [](const read_instruction& each) {
+        return is_load_exclusive(each.word);
+    });
+    cache.exit_path = counts ? end.path : nullptr;
     if (end.how == ending::other || end.how == ending::next) {
         emit_instructions(cache, instructions, count, at.pc);
         if (last && end.how == ending::next)
