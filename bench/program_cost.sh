@@ -16,7 +16,7 @@ cd "$work"
 
 # count COMMAND...: the instructions that it executes, all its threads together.
 count() {
-    QEMU_SET_ENV=LC_ALL=C.UTF-8,PYTHONDONTWRITEBYTECODE=1,PYTHONHASHSEED=0 $emulator -plugin "$build/lib/libinstruction_count.so" -d plugin \
+    QEMU_SET_ENV=LC_ALL=C.UTF-8,PYTHONHASHSEED=0 $emulator -plugin "$build/lib/libinstruction_count.so" -d plugin \
         -D "$work/log" "$@" </dev/null >"$work/output" 2>"$work/errors" || { cat "$work/errors"; exit 1; } >&2
     sed -n 's/^instructions: //p' "$work/log"
 }
@@ -30,6 +30,7 @@ cost() {
     program=$sysroot/usr/bin/$1
     # shellcheck disable=SC2086 # lists of words
     {
+        count "$program" $4 >/dev/null # what it keeps for later runs is then there
         start=$(count "$program" $3)
         start_under=$(count "$build/bin/ostrel" "$program" $3)
         whole=$(count "$program" $4)

@@ -9,7 +9,7 @@
 #   quick      belongs to the choice for CI
 #   form       numbers differ from run to run: all are compared as N
 #   judge      the program is its own judge: only run under OSTREL, where its status must be 0
-#   time=N     may take N seconds under OSTREL, in place of 120
+#   time=N     may take N seconds under OSTREL, in place of 300
 set -eu
 
 die() {

@@ -5,7 +5,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 case=$RESULTS/cases/$1
 flags=$(cat "$case/flags")
 has_flag() { case $flags in *" $1 "*) true ;; *) false ;; esac; }
-limit=120
+limit=300
 case $flags in *" time="*) limit=${flags##* time=} limit=${limit%% *} ;; esac
 
 # Everything that a program could print depends on the case alone.
