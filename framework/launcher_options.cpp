@@ -15,6 +15,7 @@
 #include "framework/runtime/announced_sve.h"
 #include "framework/runtime/exec_calls.h"
 #include "framework/runtime/process_end.h"
+#include "framework/runtime/report_file.h"
 
 namespace {
 
@@ -74,6 +75,21 @@ void set_log_level(parse_state&, const char* value) {
     client_log_level = *level;
 }
 
+std::string absolute(const std::string& path) {
+    char directory[PATH_MAX];
+    return path[0] == '/' || !getcwd(directory, sizeof directory) ? path
+                                                                  : std::string(directory) + "/" + path;
+}
+
+// Programs that are executed append to the same file, wherever they are.
+void set_report(parse_state& state, const char* value) {
+    static std::string path;
+    path = absolute(value);
+    if (const int failure = set_report_file(path.c_str()))
+        die_with_message(status_unsupported, ("--report " + path + ": ").c_str(), std::strerror(failure));
+    state.inherited.insert(state.inherited.end(), {"--report", path});
+}
+
 void announce_sve(parse_state&, const char*) { sve_is_announced = true; }
 void follow_children(parse_state& state, const char*) { state.follow = true; }
 void leave_children(parse_state& state, const char*) { state.follow = false; }
@@ -119,6 +135,8 @@ constexpr option options[] = {
      "prctl, ID registers); libraries may then choose code with\n"
      "SVE instructions, which are not carried out there",
      true, announce_sve},
+    {"--report", "", "FILE", "append the counts to this file instead of writing them to standard error",
+     false, set_report},
     {"--log-level", "", "N", "print the log messages up to this level (0: none)", true, set_log_level},
     {argument_zero_option, "", "TEXT", "PROGRAM is a path that is not looked up, and TEXT its argv[0]", false,
      set_argument_zero},
@@ -187,12 +205,6 @@ option_word read_word(const char* word) {
     if (known && !known->value_name)
         die_with_message(status_unsupported, "an option that has no value is given one: ", word);
     return {known, equals + 1};
-}
-
-std::string absolute(const std::string& path) {
-    char directory[PATH_MAX];
-    return path[0] == '/' || !getcwd(directory, sizeof directory) ? path
-                                                                  : std::string(directory) + "/" + path;
 }
 
 // The command by which ostrel executes itself, as far as it is known beforehand.

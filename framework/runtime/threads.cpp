@@ -17,6 +17,7 @@
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/process_lock.h"
 #include "framework/runtime/raw_system_call.h"
+#include "framework/runtime/report_file.h"
 #include "framework/runtime/robust_list.h"
 #include "framework/runtime/signals.h"
 
@@ -235,6 +236,7 @@ void end_thread(thread_context* context, int status) {
         exit_process(status);
     raise_thread_exit(context);
     if (remove_thread(context)) {
+        redirect_report();
         raise_process_exit();
         exit_process(status);
     }
@@ -251,6 +253,7 @@ void end_process(thread_context* context, int status) {
         if (thread != context && thread->stopped)
             raise_thread_exit(thread);
     raise_thread_exit(context);
+    redirect_report();
     raise_process_exit();
     exit_process(status);
 }

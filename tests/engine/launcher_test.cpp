@@ -63,6 +63,19 @@ TEST(Execute, EngineIsNotTranslated) {
     EXPECT_EQ(reports(result.errors), 1u) << result.errors;
 }
 
+// Whoever reads what a program writes to standard error is not to find the counts there.
+TEST(Execute, ReportsGoToAFile) {
+    const std::string file = testing::TempDir() + "report-" + std::to_string(getpid());
+    const outcome result = run_followed({"--report", file}, program_path("execute"),
+                                        {"runs", program_path("execute"), "zero", "status", "21"});
+    EXPECT_EQ(result.status, 21);
+    EXPECT_EQ(result.errors, "");
+    std::ifstream stream(file);
+    const std::string written{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_EQ(reports(written), 1u) << written;
+    std::remove(file.c_str());
+}
+
 TEST(Execute, ByDescriptor) {
     const outcome result =
         run_followed({}, program_path("execute"), {"by-descriptors", program_path(""), "execute"});
@@ -136,6 +149,7 @@ TEST(Options, OneLineForBadValues) {
         {{"--env==1", "x"}, "--env: NAME=VALUE expected, not =1"},
         {{"--unset-env", "A=B", "x"}, "--unset-env: NAME expected, not A=B"},
         {{"--log-level", "much", "x"}, "--log-level: a number expected, not much"},
+        {{"--report", "/", "x"}, "--report /: Is a directory"},
         {{"--log-level=-1", "x"}, "--log-level: a number expected, not -1"},
         {{"--launcher", " ", "x"}, "--launcher: a command expected, not an empty text"},
         {{"--launcher", "no-such-command -x", "x"}, "--launcher: command not found: no-such-command"},
