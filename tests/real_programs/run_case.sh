@@ -17,11 +17,10 @@ run_way() {
     (cd "$case/directory" && env -i PATH=/usr/bin:/bin HOME=/nonexistent LC_ALL=C.UTF-8 TZ=UTC \
         PYTHONHASHSEED=0 PYTHONDONTWRITEBYTECODE=1 PERL_HASH_SEED=0 \
         OSTREL="$OSTREL" SYSROOT="$SYSROOT" EMULATOR="$EMULATOR" way="$way" input="$RESULTS/input" here="$here" \
+        report="$RESULTS/report" \
         timeout -k 5 "$limit" sh -c '. "$here/run_program.sh"; . "$1/script"' sh "$case") \
         </dev/null >"$case/$way.out" 2>"$case/$way.err" || status=$?
     echo $status >"$case/$way.status"
-    # The counts that ostrel reports are no output of the program.
-    sed -i '/: [0-9]* \(SVE\|Non-SVE AArch64\) instructions executed$/d' "$case/$way.out" "$case/$way.err"
     if has_flag form; then
         sed -i -E 's/[0-9]+(\.[0-9]+)?/N/g; s/ +/ /g; s/-+/-/g' "$case/$way.out" "$case/$way.err"
     fi

@@ -10,10 +10,10 @@ run() {
     *) program=/usr/bin/$program ;;
     esac
     if [ -z "$EMULATOR" ]; then
-        sh "$here/in_root.sh" "$SYSROOT" $([ "$way" = directly ] || echo "$OSTREL") "$program" "$@"
+        sh "$here/in_root.sh" "$SYSROOT" $([ "$way" = directly ] || echo "$OSTREL --report $report") "$program" "$@"
     elif [ "$way" = directly ]; then
         $EMULATOR "$root$program" "$@"
     else
-        $EMULATOR "$OSTREL" --launcher "$EMULATOR" "$root$program" "$@"
+        $EMULATOR "$OSTREL" --report "$report" --launcher "$EMULATOR" "$root$program" "$@"
     fi
 }
