@@ -17,12 +17,13 @@ endif
 
 export CTEST_PARALLEL_LEVEL ?= $(shell nproc)
 
-.PHONY: help demo test test-programs soak conformance bench format missing install clean
+.PHONY: help demo test test-programs test-kernel soak conformance bench format missing install clean
 .NOTPARALLEL:
 
 help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
+	@echo 'make test-kernel      run programs of the tests in a virtual machine with its own kernel, and compare'
 	@echo 'make soak             threads, signals, processes and changing code for twice MINUTES=5, and whether memory grows'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
 	@echo 'make test-programs    run programs of Debian packages directly and under ostrel, and compare (PROGRAM=)'
@@ -41,6 +42,12 @@ test: check-format $(TREES:%=test-%)
 test-programs: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel
 	tests/real_programs/run.sh build/aarch64 all $(if $(PROGRAM),'$(PROGRAM)')
+
+# What user-mode emulation does for the kernel in its own way, in a machine that boots one. Downloads some 40 MB once.
+test-kernel: configure-$(AARCH64)
+	cmake/install-dependencies.sh kernel
+	cmake --build --preset $(AARCH64) --target ostrel engine_tests
+	tests/kernel/run.sh build/aarch64
 
 # Threads, signals, processes and mappings mixed; and each mechanism by itself, with a look at the memory.
 MINUTES ?= 5

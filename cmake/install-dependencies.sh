@@ -4,6 +4,7 @@
 #   aarch64   to build for AArch64, and to run what was built
 #   host      to build the emulation core for this machine
 #   bench     what counts instructions, besides that for AArch64
+#   kernel    to boot a virtual AArch64 machine
 set -eu
 
 missing=
@@ -42,6 +43,10 @@ for what in "$@"; do
     bench)
         need gcc gcc
         need qemu-user qemu-aarch64
+        ;;
+    kernel)
+        need qemu-system-arm qemu-system-aarch64
+        need cpio cpio
         ;;
     *)
         echo "$0: unknown: $what" >&2

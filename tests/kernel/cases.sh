@@ -1,0 +1,50 @@
+# What run.sh compares, in the machine.
+export LD_LIBRARY_PATH=/lib
+ln -s /proc/self/fd /dev/fd
+
+# both PROGRAM ARGUMENT...: directly and under ostrel.
+both() {
+    timeout 200 "$@" >/tmp/directly 2>/tmp/errors
+    echo "status $?" >>/tmp/directly
+    timeout 200 /t/ostrel --report /tmp/report "$@" >/tmp/translated 2>/tmp/errors
+    echo "status $?" >>/tmp/translated
+    if diff /tmp/directly /tmp/translated; then
+        echo "same: $*"
+    else
+        echo "DIFFERENT: $*"
+        cat /tmp/errors
+    fi
+}
+
+# right OUTPUT PROGRAM ARGUMENT...: for programs with SVE instructions, which the processor does not have.
+right() {
+    expected=$1
+    shift
+    output=$(timeout 200 /t/ostrel --report /tmp/report "$@" 2>/tmp/errors)
+    if [ "$output" = "$expected" ]; then
+        echo "same: $*"
+    else
+        echo "DIFFERENT: $*: $output"
+        cat /tmp/errors
+    fi
+}
+
+for way in information registers interrupted masks stacks waits jumps processes threads bad-stack bad-frame; do
+    both /t/signals $way
+done
+for way in work fork return cancel exit-elsewhere first-thread-ends fault-elsewhere; do
+    both /t/threads $way
+done
+for way in vfork vfork-fork vfork-threads spawn tree; do
+    both /t/children $way
+done
+for way in null call-null call-data misaligned overflow trap undefined abort; do
+    both /t/endings $way
+done
+for program in traces rewriting transfers register_cases machine_state exceptions library library-dynamic; do
+    both /t/$program
+done
+right '0 failed' /t/sve_signals
+right 'right 40 of 40' /t/sve_threads
+right '0 failed' /t/sve_blocks
+echo 'all cases have run'
