@@ -76,7 +76,8 @@ void run_application_here(thread_context* context) {
     exit_record* from = nullptr; // the exit by which the cache was left, if it can be linked
     bool indirect = false;       // it was left by an indirect branch
     while (!context->ended) {
-        if (deliver_signals(context) | drop_changed_code(context)) {
+        const bool delivered = deliver_signals(context);
+        if (drop_changed_code(context) || delivered) {
             from = nullptr;
             indirect = false;
         }
