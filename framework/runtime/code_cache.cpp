@@ -81,10 +81,14 @@ thread_context* create_thread_context() {
 }
 
 void destroy_thread_context(thread_context* context) {
-    if (context->cache) {
+    code_cache* const cache = context->cache;
+    abandon_thread_context(context);
+    delete cache;
+}
+
+void abandon_thread_context(thread_context* context) {
+    if (context->cache)
         munmap(context->cache->mapping, context->cache->mapping_bytes);
-        delete context->cache;
-    }
     munmap(context->mapping, context->mapping_bytes);
 }
 

@@ -90,6 +90,10 @@ thread_context* create_thread_context();
 // Frees the record, its stack and its code cache.
 void destroy_thread_context(thread_context* context);
 
+// Frees the memory mapped for them alone. For the copy of a context whose thread was in the middle of
+// something when the process was forked: what it has allocated may be in pieces.
+void abandon_thread_context(thread_context* context);
+
 // Copies the application's registers, X28 and the thread pointer among them.
 void copy_application_state(thread_context* to, const thread_context* from);
 

@@ -261,7 +261,7 @@ void end_process(thread_context* context, int status) {
 void forget_other_threads(thread_context* context) {
     for (thread_context* const thread : threads)
         if (thread != context)
-            destroy_thread_context(thread);
+            abandon_thread_context(thread);
     threads.assign(1, context);
     process_ends = false; // that of the parent may be under way
     context->robust_list = 0;
