@@ -97,6 +97,7 @@ thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxili
     program_image interpreter{};
     if (!file->interpreter.empty())
         interpreter = load_interpreter(file->interpreter);
+    add_virtual_object();
     const std::vector<char*> arguments = program_arguments(options, *program);
     const std::uint64_t sp = build_initial_stack(image, interpreter.bias, executed_path.c_str(),
                                                  arguments.data(), environ, auxiliary, error);

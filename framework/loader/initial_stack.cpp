@@ -111,10 +111,11 @@ std::vector<std::uint64_t> auxiliary_vector(const program_image& image, std::uin
         case AT_EGID:
         case AT_SECURE:
         case AT_CLKTCK:
+        case AT_SYSINFO_EHDR:
         case 51: // AT_MINSIGSTKSZ
             add(host->a_type, value);
             break;
-        default: // the rest, as the virtual shared object and restartable sequences, is not offered
+        default: // the rest, as restartable sequences, is not offered
             break;
         }
     }

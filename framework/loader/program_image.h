@@ -33,6 +33,10 @@ std::uint64_t build_initial_stack(const program_image& image, std::uint64_t inte
                                   const char* path, char* const* arguments, char* const* environment,
                                   const Elf64_auxv_t* host_auxiliary, load_error& error);
 
+// Notes the code of the shared object that the kernel has mapped, if it has, by which programs tell the time
+// without a system call. The auxiliary vector passes its address on.
+void add_virtual_object();
+
 // The file that a shell would run for the name: itself if it has a slash, else the first executable regular
 // file of that name in the directories of PATH. Empty if there is none.
 std::string find_program(const char* name);

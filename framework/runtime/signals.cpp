@@ -319,8 +319,7 @@ void deliver(thread_context* context) {
     }
 }
 
-// MOV X8, #__NR_rt_sigreturn; SVC #0: the words by which debuggers and unwinders know a handler's frame. They
-// pass for the kernel's own module, which is not mapped for the application.
+// MOV X8, #__NR_rt_sigreturn; SVC #0: the words by which debuggers and unwinders know a handler's frame.
 std::uint64_t map_trampoline() {
     constexpr a64::word words[] = {0xD2801168, 0xD4000001};
     const auto bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
@@ -331,7 +330,7 @@ std::uint64_t map_trampoline() {
     mprotect(page, bytes, PROT_READ);
     const auto start = reinterpret_cast<std::uint64_t>(page);
     add_executable_range(start, start + bytes);
-    add_library({start, start, start + bytes, start, 0, 0, false}, "[vdso]");
+    add_library({start, start, start + bytes, start, 0, 0, false}, "[sigreturn]");
     return start;
 }
 

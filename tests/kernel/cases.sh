@@ -41,7 +41,8 @@ done
 for way in null call-null call-data misaligned overflow trap undefined abort; do
     both /t/endings $way
 done
-for program in traces rewriting transfers register_cases machine_state exceptions library library-dynamic; do
+for program in traces rewriting transfers register_cases machine_state exceptions library \
+    library-dynamic environment environment-dynamic; do
     both /t/$program
 done
 right '0 failed' /t/sve_signals

@@ -1,14 +1,21 @@
 // Shows what the program is started with: arguments, environment, auxiliary vector, stack.
+#define _GNU_SOURCE
 #include <elf.h>
 #include <inttypes.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/auxv.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
 
 extern char** environ;
 extern void _start(void);
+
+static int is_later(struct timespec a, struct timespec b) {
+    return a.tv_sec > b.tv_sec || (a.tv_sec == b.tv_sec && a.tv_nsec > b.tv_nsec);
+}
 
 int main(int argc, char** argv) {
     printf("argc %d\n", argc);
@@ -32,6 +39,14 @@ int main(int argc, char** argv) {
            (const char*)getauxval(AT_PLATFORM), getauxval(AT_RANDOM) != 0);
     const unsigned long not_sve = 0x00ff; // FP to CRC32
     printf("hwcap %lx\n", getauxval(AT_HWCAP) & not_sve);
+
+    // The C library tells the time by the kernel's virtual shared object if there is one.
+    struct timespec before, told, after;
+    syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &before);
+    clock_gettime(CLOCK_MONOTONIC, &told);
+    syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &after);
+    printf("virtual object %d, time between %d\n", getauxval(AT_SYSINFO_EHDR) != 0,
+           !is_later(before, told) && !is_later(told, after));
 
     // The stack starts as the procedure call standard and the kernel promise.
     uint64_t* const start = (uint64_t*)(argv - 1);
