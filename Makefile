@@ -10,7 +10,7 @@ TREES := aarch64-native
 MISSING_OPCODES := build/aarch64/bin/missing_opcodes
 else
 AARCH64 := aarch64
-EMULATOR := qemu-aarch64 -cpu max,sve=off
+EMULATOR := G_SLICE=always-malloc qemu-aarch64 -cpu max,sve=off
 TREES := aarch64 host
 MISSING_OPCODES := build/host/bin/missing_opcodes
 endif
