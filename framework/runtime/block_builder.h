@@ -5,8 +5,8 @@
 
 // Translates the block at the context's `pc`, which must not be in the cache yet. Flushes the cache first if
 // it is full. `from` is the exit by which execution comes there, or null: the block is built in place of the
-// exit's branch if it can be, and linked to it otherwise. Null if the
-// address holds no executable code: the fault that the processor would have raised is then pending.
+// exit's branch if it can be, and linked to it otherwise. Null if the address holds no executable code: the
+// fault that the processor would have raised is then pending.
 const block* build_block(thread_context* context, exit_record* from);
 
 // Emits application instructions that stand one behind the other from `pc` on, of which the last may end a

@@ -16,28 +16,28 @@ constexpr unsigned copies_limit = 40; // of one block
 constexpr std::size_t trace_blocks_limit = 16;
 constexpr std::size_t trace_instructions_limit = 256;
 
-// A block to be copied.
-struct step {
-    const block* source;
-    std::uint64_t pc;
-    const call_path* path;
-};
-
-struct trace_plan {
-    std::array<step, trace_blocks_limit> steps;
-    std::size_t count;
-    std::size_t instructions;
-    std::uint64_t next_pc; // what the last one goes on to, if it ends with a transfer that is known
-    const call_path* next_path;
-};
-
 // How a block's last instruction goes on.
 enum class ending : std::uint8_t { next, jump, call, known_return, other };
 
 struct block_end {
     ending how;
     std::uint64_t target;
+    const call_path* path; // behind it, null if it would be too long
+    bool link_intact;      // at the last instruction
+};
+
+// A block to be copied.
+struct step {
+    const block* source;
+    std::uint64_t pc;
     const call_path* path;
+    block_end end;
+};
+
+struct trace_plan {
+    std::array<step, trace_blocks_limit> steps;
+    std::size_t count;
+    std::size_t instructions;
 };
 
 bool may_write_link(a64::word instruction) {
@@ -47,57 +47,54 @@ bool may_write_link(a64::word instruction) {
     return a64::may_name(instruction, a64::link_register);
 }
 
-// What the path is at the block's last instruction.
-const call_path* path_behind(const code_cache& cache, const step& at) {
-    if (!at.path->link_intact)
-        return at.path;
-    const read_instruction* const instructions = &cache.instructions[at.source->first_instruction];
-    for (unsigned n = 0; n + 1 < at.source->instructions; ++n)
-        if (may_write_link(instructions[n].word))
-            return at.path->link_changed;
-    return at.path;
+// What the path is at the last of a block's instructions.
+const call_path* path_at_end(const call_path* path, const read_instruction* instructions, unsigned count) {
+    const bool changed = path->link_intact &&
+                         std::any_of(instructions, instructions + count - 1,
+                                     [](const read_instruction& each) { return may_write_link(each.word); });
+    return changed ? path->link_changed : path;
 }
 
-block_end end_of(code_cache& cache, const step& at) {
-    const unsigned last = at.source->instructions - 1u;
-    const auto [word, kind] = cache.instructions[at.source->first_instruction + last];
-    const std::uint64_t pc = at.pc + 4 * last;
-    const call_path* const path = path_behind(cache, at);
+block_end end_of(code_cache& cache, const block& source, std::uint64_t start, const call_path* start_path) {
+    const unsigned last = source.instructions - 1u;
+    const read_instruction* const instructions = &cache.instructions[source.first_instruction];
+    const auto [word, kind] = instructions[last];
+    const std::uint64_t pc = start + 4 * last;
+    const call_path* const path = path_at_end(start_path, instructions, source.instructions);
+    const bool intact = path->link_intact;
     switch (kind) {
     case a64::kind::branch:
-        return {ending::jump, a64::named_address(word, kind, pc), path};
+        return {ending::jump, a64::named_address(word, kind, pc), path, intact};
     case a64::kind::branch_link:
-        return {ending::call, a64::named_address(word, kind, pc), path_of_call(cache.paths, path, pc + 4)};
+        return {ending::call, a64::named_address(word, kind, pc), path_of_call(cache.paths, path, pc + 4),
+                intact};
     case a64::kind::branch_register:
         if (word == a64::ret() && path->caller)
-            return {ending::known_return, path->return_address, path->caller};
+            return {ending::known_return, path->return_address, path->caller, intact};
         break;
     default:
         if (!a64::ends_block(kind) || kind == a64::kind::trap || kind == a64::kind::unknown_branch)
-            return {ending::next, pc + 4,
-                    path->link_intact && may_write_link(word) ? path->link_changed : path};
+            return {ending::next, pc + 4, intact && may_write_link(word) ? path->link_changed : path, intact};
     }
-    return {ending::other, 0, path};
+    return {ending::other, 0, path, intact};
 }
 
-bool is_planned(const trace_plan& plan, const step& wanted) {
-    for (std::size_t n = 0; n < plan.count; ++n)
-        if (plan.steps[n].pc == wanted.pc && plan.steps[n].path == wanted.path)
-            return true;
-    return false;
+bool is_planned(const trace_plan& plan, std::uint64_t pc, const call_path* path) {
+    return std::any_of(plan.steps.begin(), plan.steps.begin() + plan.count,
+                       [=](const step& each) { return each.pc == pc && each.path == path; });
 }
 
 trace_plan make_plan(code_cache& cache, std::uint64_t pc, const call_path* path) {
     trace_plan plan{};
     while (plan.count < trace_blocks_limit && path) {
-        const step next{find_block(cache, pc), pc, path};
-        if (!next.source || !next.source->copyable || next.source->copies == copies_limit ||
-            plan.instructions + next.source->instructions > trace_instructions_limit ||
-            is_planned(plan, next) || find_block(cache, pc, path))
+        const block* const source = find_block(cache, pc);
+        if (!source || !source->copyable || source->copies == copies_limit ||
+            plan.instructions + source->instructions > trace_instructions_limit ||
+            is_planned(plan, pc, path) || find_block(cache, pc, path))
             break;
-        plan.steps[plan.count++] = next;
-        plan.instructions += next.source->instructions;
-        const block_end end = end_of(cache, next);
+        const block_end end = end_of(cache, *source, pc, path);
+        plan.steps[plan.count++] = {source, pc, path, end};
+        plan.instructions += source->instructions;
         if (end.how == ending::other)
             break;
         pc = end.target;
@@ -108,7 +105,7 @@ trace_plan make_plan(code_cache& cache, std::uint64_t pc, const call_path* path)
 
 void emit_copy(code_cache& cache, const step& at, bool last) {
     begin_fragment(cache.map, cache.out.cursor, at.pc);
-    const block_end end = end_of(cache, at);
+    const block_end& end = at.end;
     const read_instruction* const instructions = &cache.instructions[at.source->first_instruction];
     const unsigned count = at.source->instructions;
     // To count executions between a load-exclusive and its store would be an access of memory.
@@ -128,7 +125,7 @@ void emit_copy(code_cache& cache, const step& at, bool last) {
     if (end.how == ending::call)
         cache.out.load_constant(a64::link_register, at.pc + 4 * count);
     else if (end.how == ending::known_return)
-        emit_known_return(cache, end.target, path_behind(cache, at)->link_intact);
+        emit_known_return(cache, end.target, end.link_intact);
     if (last)
         emit_direct_exit(cache, end.target);
     *add_instructions(cache.map, 1) = extent_of(code, cache.out.cursor, cache.out.effect);
