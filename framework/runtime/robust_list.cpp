@@ -4,6 +4,7 @@
 #include <linux/futex.h>
 #include <sys/syscall.h>
 
+#include "framework/runtime/interruptible.h"
 #include "framework/runtime/raw_system_call.h"
 
 namespace {
@@ -15,14 +16,13 @@ constexpr std::uint64_t inheriting = 1;
 
 void release(std::uint64_t entry, std::int64_t offset, std::uint32_t owner, bool pending) {
     const std::uint64_t address = (entry & ~inheriting) + static_cast<std::uint64_t>(offset);
-    std::atomic_ref futex(*reinterpret_cast<std::uint32_t*>(address));
-    const auto wake = [&] { raw_system_call(SYS_futex, address, FUTEX_WAKE, 1); };
-    std::uint32_t value = futex.load();
-    if (pending && !(entry & inheriting) &&
-        value == 0) { // being unlocked: the waiter may not have been woken
-        wake();
+    std::uint32_t value;
+    if (address % sizeof value != 0 || !read_application(value, address))
         return;
-    }
+    const auto wake = [&] { raw_system_call(SYS_futex, address, FUTEX_WAKE, 1); };
+    if (pending && !(entry & inheriting) && value == 0) // being unlocked: the waiter may not have been woken
+        return wake();
+    std::atomic_ref futex(*reinterpret_cast<std::uint32_t*>(address));
     do {
         if ((value & FUTEX_TID_MASK) != owner)
             return;
@@ -39,13 +39,18 @@ void release_robust_futexes(std::uint64_t head_address, std::uint32_t owner) {
         std::int64_t futex_offset;
         std::uint64_t pending;
     };
-    const auto& head = *reinterpret_cast<const list_head*>(head_address);
+    list_head head;
+    if (!read_application(head, head_address))
+        return;
     std::uint64_t entry = head.first;
     for (unsigned n = 0; n < entries_limit && (entry & ~inheriting) != head_address; ++n) {
         // Read first: once it is released, the mutex may be gone.
-        const std::uint64_t next = *reinterpret_cast<const std::uint64_t*>(entry & ~inheriting);
+        std::uint64_t next;
+        const bool goes_on = read_application(next, entry & ~inheriting);
         if (entry != head.pending)
             release(entry, head.futex_offset, owner, false);
+        if (!goes_on)
+            return;
         entry = next;
     }
     if (head.pending)

@@ -102,6 +102,36 @@ static void turns(void) {
     printf("turns %u\n", turn);
 }
 
+// A thread ends with a list of robust mutexes that cannot be read to its end.
+struct robust_entry {
+    void* next;
+    uint32_t futex;
+};
+struct robust_list {
+    void* first;
+    long futex_offset;
+    void* pending;
+};
+static void* leave_list(void* list) {
+    struct robust_list* const head = list;
+    if ((uintptr_t)list > 4096 && (uintptr_t)head->first > 4096)
+        ((struct robust_entry*)head->first)->futex = (uint32_t)syscall(SYS_gettid);
+    syscall(SYS_set_robust_list, list, sizeof *head);
+    return NULL;
+}
+static void broken_lists(void) {
+    struct robust_entry owned = {(void*)16, 0};
+    struct robust_list to_nowhere = {(void*)16, 8, NULL}, broken = {&owned, 8, NULL},
+                       misaligned = {&owned, 9, (void*)32};
+    void* const lists[] = {(void*)16, &to_nowhere, &misaligned, &broken};
+    for (unsigned n = 0; n < sizeof lists / sizeof *lists; ++n) {
+        pthread_t id;
+        pthread_create(&id, NULL, leave_list, lists[n]);
+        pthread_join(id, NULL);
+        printf("broken list %u, owner died %u\n", n, owned.futex >> 30 & 1);
+    }
+}
+
 // One thread rewrites, or maps anew, the code that another calls through a pointer. The other makes no system
 // call between its calls.
 typedef unsigned (*function)(void);
@@ -202,6 +232,7 @@ int main(int argc, char** argv) {
         create_and_join();
         detached();
         turns();
+        broken_lists();
         changing_code();
     }
     if (strcmp(way, "fork") == 0)
