@@ -37,24 +37,22 @@ std::uint64_t executable_end(code_cache& cache, std::uint64_t pc) {
     return cache.range_end;
 }
 
-// Notes the pages of the range as translated. False if all have been noted before. After a change of code the
-// thread is asked to drop blocks, which empties its own list of them.
+// Notes the pages of the range as translated. False if this thread has noted all of them before: from then on
+// it is asked to drop blocks when they change, which empties its own list of pages.
 bool note_pages(code_cache& cache, std::uint64_t start, std::uint64_t end) {
     bool any_new = false;
-    for (std::uint64_t page = start / translated_page_bytes; page <= (end - 1) / translated_page_bytes;
-         ++page) {
+    for (std::uint64_t page = start / source_page_bytes; page <= (end - 1) / source_page_bytes; ++page) {
         std::uint64_t& noted = cache.noted_pages[page % noted_pages_kept];
         if (noted == page && page)
             continue;
-        any_new |= note_translated_code(page * translated_page_bytes, (page + 1) * translated_page_bytes);
+        note_translated_page(page);
         noted = page;
+        any_new = true;
     }
     return any_new;
 }
 
-bool same_page(std::uint64_t a, std::uint64_t b) {
-    return a / translated_page_bytes == b / translated_page_bytes;
-}
+bool same_page(std::uint64_t a, std::uint64_t b) { return a / source_page_bytes == b / source_page_bytes; }
 
 // Reads application instructions from `pc` to the end of the block; returns the address behind.
 std::uint64_t read_block(block_source& source, std::uint64_t pc, std::uint64_t limit) {

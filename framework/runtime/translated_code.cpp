@@ -14,7 +14,7 @@
 namespace {
 
 // A bit of the page's word for each line.
-constexpr std::uint64_t line_bytes = translated_page_bytes / 64;
+constexpr std::uint64_t line_bytes = source_page_bytes / 64;
 std::unordered_map<std::uint64_t, std::uint64_t> translated_lines; // by number of the page
 
 // What a thread that does not come to its dispatcher for long has to drop is not noted range by range.
@@ -22,7 +22,7 @@ constexpr std::size_t ranges_limit = 256;
 
 // The lines of the page that lie in the range.
 std::uint64_t lines_of(std::uint64_t page, code_range range) {
-    const std::uint64_t start = page * translated_page_bytes;
+    const std::uint64_t start = page * source_page_bytes;
     const std::uint64_t first = range.start > start ? (range.start - start) / line_bytes : 0;
     const std::uint64_t last = std::min((range.end - 1 - start) / line_bytes, std::uint64_t{63});
     return ~std::uint64_t{0} >> (63 - (last - first)) << first;
@@ -43,8 +43,7 @@ std::vector<page_lines> take_lines(code_range range) {
         entry->second &= ~lines;
         return entry->second ? std::next(entry) : translated_lines.erase(entry);
     };
-    const std::uint64_t first = range.start / translated_page_bytes,
-                        last = (range.end - 1) / translated_page_bytes;
+    const std::uint64_t first = range.start / source_page_bytes, last = (range.end - 1) / source_page_bytes;
     if (last - first < translated_lines.size()) {
         for (std::uint64_t page = first; page <= last; ++page)
             if (const auto found = translated_lines.find(page); found != translated_lines.end())
@@ -67,8 +66,7 @@ void request_drop(thread_context* thread, code_range range, const std::vector<pa
     for (const page_lines& page : lines)
         for (std::uint64_t line = 0; line < 64; ++line)
             if (page.lines >> line & 1)
-                clear_lookup_entries(thread, page.page * translated_page_bytes + line * line_bytes,
-                                     line_bytes);
+                clear_lookup_entries(thread, page.page * source_page_bytes + line * line_bytes, line_bytes);
     if (thread->in_cache.load())
         interrupt_thread(thread);
 }
@@ -85,17 +83,9 @@ std::uint64_t cache_line_bytes() {
 
 } // namespace
 
-bool note_translated_code(std::uint64_t start, std::uint64_t end) {
+void note_translated_page(std::uint64_t page) {
     const std::lock_guard lock(process_mutex);
-    bool any_new = false;
-    for (std::uint64_t page = start / translated_page_bytes; page <= (end - 1) / translated_page_bytes;
-         ++page) {
-        const std::uint64_t lines = lines_of(page, {start, end});
-        std::uint64_t& noted = translated_lines[page];
-        any_new |= (lines & ~noted) != 0;
-        noted |= lines;
-    }
-    return any_new;
+    translated_lines[page] = ~std::uint64_t{0};
 }
 
 void code_changed(thread_context* context, std::uint64_t start, std::uint64_t end) {

@@ -3,10 +3,9 @@
 
 #include "framework/runtime/thread_context.h"
 
-inline constexpr std::uint64_t translated_page_bytes = 4096;
-
-// Notes that code of the range is about to be read. False if that has been noted before.
-bool note_translated_code(std::uint64_t start, std::uint64_t end);
+// Notes that code of the page of that number (its address / source_page_bytes) is about to be read. All its
+// lines count as read until they change.
+void note_translated_page(std::uint64_t page);
 
 // Drops the calling thread's blocks of the range, at once, and those of all other threads, as soon as they
 // come to their dispatchers, to which they are called if they run blocks, if code has been read from a line
