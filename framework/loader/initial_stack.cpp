@@ -159,36 +159,38 @@ std::uint64_t build_initial_stack(const program_image& image, std::uint64_t inte
     stack.top -= 8; // the kernel ends the stack with a null word
     auxiliary_strings strings{};
     strings.path = stack.put_string(path);
-    std::vector<std::uint64_t> vectors{0}; // argc, argv, null, envp, null, then the auxiliary vector
     const auto put_all = [&](char* const* source) {
-        const std::size_t first = vectors.size();
-        std::vector<char*> list;
-        for (; *source; ++source)
-            list.push_back(*source);
-        vectors.resize(first + list.size() + 1);
+        std::size_t count = 0;
+        while (source[count])
+            ++count;
         // From the last to the first, so that they stand in ascending order, as programs that rewrite their
         // title expect.
-        for (std::size_t n = list.size(); n-- > 0;)
-            vectors[first + n] = stack.put_string(list[n]);
-        return list.size();
+        std::vector<std::uint64_t> addresses(count + 1);
+        for (std::size_t n = count; n-- > 0;)
+            addresses[n] = stack.put_string(source[n]);
+        return addresses;
     };
-    // The environment stands above the arguments.
-    std::vector<std::uint64_t> environment_vector;
-    std::swap(vectors, environment_vector);
-    vectors.clear();
-    put_all(environment);
-    std::swap(vectors, environment_vector);
-    vectors[0] = put_all(arguments);
-    vectors.insert(vectors.end(), environment_vector.begin(), environment_vector.end());
+    stack_layout layout{};
+    layout.environment_end = stack.top;
+    const std::vector<std::uint64_t> environment_vector = put_all(environment);
+    layout.environment = stack.top;
+    const std::vector<std::uint64_t> argument_vector = put_all(arguments);
+    layout.arguments = stack.top;
 
     strings.platform = stack.put_string("aarch64");
     if (const void* random = host_value(host_auxiliary, AT_RANDOM))
         strings.random = stack.put(random, 16);
     const std::vector<std::uint64_t> auxiliary =
         auxiliary_vector(image, interpreter_bias, host_auxiliary, strings);
-    vectors.insert(vectors.end(), auxiliary.begin(), auxiliary.end());
+    std::vector<std::uint64_t> vectors{argument_vector.size() - 1};
+    for (const auto* part : {&argument_vector, &environment_vector, &auxiliary})
+        vectors.insert(vectors.end(), part->begin(), part->end());
 
     stack.top = (stack.top - vectors.size() * 8) & ~std::uint64_t{15};
     std::memcpy(reinterpret_cast<void*>(stack.top), vectors.data(), vectors.size() * 8);
+    layout.sp = stack.top;
+    layout.auxiliary_bytes = auxiliary.size() * 8;
+    layout.auxiliary = stack.top + vectors.size() * 8 - layout.auxiliary_bytes;
+    describe_process(layout);
     return stack.top;
 }

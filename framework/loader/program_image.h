@@ -33,6 +33,20 @@ std::uint64_t build_initial_stack(const program_image& image, std::uint64_t inte
                                   const char* path, char* const* arguments, char* const* environment,
                                   const Elf64_auxv_t* host_auxiliary, load_error& error);
 
+// Addresses in the initial stack. The strings of the environment follow those of the arguments.
+struct stack_layout {
+    std::uint64_t sp;
+    std::uint64_t arguments;
+    std::uint64_t environment;
+    std::uint64_t environment_end;
+    std::uint64_t auxiliary;
+    std::uint64_t auxiliary_bytes;
+};
+
+// Has the kernel show these in /proc and to ps as what the process was started with, in place of the
+// engine's. A kernel that has no such call (it is made for checkpoints) goes on showing the engine's.
+void describe_process(const stack_layout& stack);
+
 // Notes the code of the shared object that the kernel has mapped, if it has, by which programs tell the time
 // without a system call. The auxiliary vector passes its address on.
 void add_virtual_object();

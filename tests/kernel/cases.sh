@@ -45,6 +45,7 @@ for program in traces rewriting transfers register_cases machine_state exception
     library-dynamic environment environment-dynamic; do
     both /t/$program
 done
+both /t/environment process
 right '0 failed' /t/sve_signals
 right 'right 40 of 40' /t/sve_threads
 right '0 failed' /t/sve_blocks

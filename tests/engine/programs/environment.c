@@ -17,7 +17,47 @@ static int is_later(struct timespec a, struct timespec b) {
     return a.tv_sec > b.tv_sec || (a.tv_sec == b.tv_sec && a.tv_nsec > b.tv_nsec);
 }
 
+// What the kernel shows to others.
+static int is_shown(const char* file, const char* first, const char* second) {
+    char shown[65536] = "";
+    FILE* const stream = fopen(file, "r");
+    const size_t length = stream ? fread(shown, 1, sizeof shown - 1, stream) : 0;
+    if (stream)
+        fclose(stream);
+    return strcmp(shown, first) == 0 && length > strlen(first) + 1 &&
+           strcmp(shown + strlen(first) + 1, second) == 0;
+}
+
+static int is_shown_in_auxv(uint64_t type) {
+    Elf64_auxv_t shown[64] = {0};
+    FILE* const stream = fopen("/proc/self/auxv", "r");
+    if (stream && fread(shown, 1, sizeof shown, stream))
+        fclose(stream);
+    for (int n = 0; n < 64; ++n)
+        if (shown[n].a_type == type)
+            return shown[n].a_un.a_val == getauxval(type);
+    return 0;
+}
+
+// User-mode emulation has its own mind of /proc.
+static int show_process(char** argv) {
+    printf("arguments %d, environment %d, entry %d, file %d\n",
+           is_shown("/proc/self/cmdline", argv[0], argv[1]),
+           is_shown("/proc/self/environ", environ[0], environ[1]), is_shown_in_auxv(AT_ENTRY),
+           is_shown_in_auxv(AT_EXECFN));
+    unsigned long start = 0, end = 0;
+    char line[4096];
+    FILE* const maps = fopen("/proc/self/maps", "r");
+    while (maps && fgets(line, sizeof line, maps))
+        if (strstr(line, "[stack]"))
+            sscanf(line, "%lx-%lx", &start, &end);
+    printf("stack %d\n", start <= (uintptr_t)line && (uintptr_t)line < end);
+    return 0;
+}
+
 int main(int argc, char** argv) {
+    if (argc == 2 && strcmp(argv[1], "process") == 0)
+        return show_process(argv);
     printf("argc %d\n", argc);
     for (int n = 0; n <= argc; ++n)
         printf("argv[%d] %s\n", n, argv[n] ? argv[n] : "null");
