@@ -84,7 +84,7 @@ thread_context* load(const launcher_options& options, const Elf64_auxv_t* auxili
     std::optional<executable> program = find_executable(path.c_str(), error);
     const std::optional<elf_file> file = program ? open_elf_file(program->path.c_str(), error) : std::nullopt;
     program_image image;
-    if (!file || !map_program(*file, program_base, image, error))
+    if (!file || !map_program(*file, program_base(), image, error))
         die_of_load_error(error);
     close(file->descriptor);
     set_main_module(image, program->path.c_str());

@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include "framework/loader/program_image.h"
 #include "framework/runtime/executable_ranges.h"
@@ -89,6 +91,13 @@ bool map_segment(int descriptor, const Elf64_Phdr& segment, std::uint64_t bias) 
 }
 
 } // namespace
+
+std::uint64_t program_base() {
+    // The engine's own stack is at the upper end of the address space.
+    const std::uint64_t top = std::bit_ceil(reinterpret_cast<std::uint64_t>(environ));
+    constexpr std::uint64_t heap_bytes = 0x6000'0000; // a gigabyte at random, and room
+    return round_down(top / 3 * 2 + heap_bytes, 1 << 24);
+}
 
 bool map_program(const elf_file& file, std::uint64_t base, program_image& image, load_error& error) {
     const std::uint64_t page = page_size();

@@ -16,9 +16,9 @@ struct program_image {
     bool executable_stack;
 };
 
-// Where a position-independent program goes if it can: away from the engine, with room for its heap and the
-// code cache nearby, and within the smallest address spaces that kernels offer.
-inline constexpr std::uint64_t program_base = std::uint64_t{0x10} << 32;
+// Where a position-independent program goes if it can: two thirds up the address space, as kernels do it and
+// as sanitizers expect it, above the engine's heap, which the kernel starts there.
+std::uint64_t program_base();
 
 // Maps the file's segments, without the right to be executed in place, which is noted in the executable
 // ranges instead. If the file allows any place, it goes to the base if that is free, and where the kernel
