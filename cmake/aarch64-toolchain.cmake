@@ -10,5 +10,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 # A fork may find GLib's allocator locked by another thread of the emulator, and the child then waits forever (GLib 2.74);
-# malloc is safe.
-set(CMAKE_CROSSCOMPILING_EMULATOR "env;G_SLICE=always-malloc;qemu-aarch64;-cpu;max,sve=off;-L;/usr/aarch64-linux-gnu")
+# malloc is safe. The programs do not see the variable.
+set(CMAKE_CROSSCOMPILING_EMULATOR "env;G_SLICE=always-malloc;qemu-aarch64;-U;G_SLICE;-cpu;max,sve=off;-L;/usr/aarch64-linux-gnu")

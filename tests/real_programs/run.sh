@@ -45,7 +45,7 @@ done
 # An AArch64 machine runs the programs itself. Elsewhere GLib's allocator would at times leave a child waiting for ever for
 # a lock that another thread of the emulator held at the fork.
 EMULATOR=
-[ "$(uname -m)" = aarch64 ] || EMULATOR="env G_SLICE=always-malloc qemu-aarch64 -cpu max,sve=off -L $sysroot"
+[ "$(uname -m)" = aarch64 ] || EMULATOR="env G_SLICE=always-malloc qemu-aarch64 -U G_SLICE -cpu max,sve=off -L $sysroot"
 export here EMULATOR OSTREL="$build/bin/ostrel" SYSROOT="$sysroot" RESULTS="$results"
 # Two that fail in the same way would look the same.
 way=directly
