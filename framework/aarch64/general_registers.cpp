@@ -129,6 +129,14 @@ register_uses general_registers(word instruction) {
     return registers(none, none);
 }
 
+use use_of_stolen_register(word instruction, const register_uses& uses) {
+    use combined = no_use;
+    for (unsigned place = 0; place < register_fields; ++place)
+        if (register_at(instruction, place) == stolen_register)
+            combined |= uses.field[place];
+    return combined;
+}
+
 word rename_register(word instruction, const register_uses& uses, unsigned from, unsigned to) {
     for (unsigned place = 0; place < register_fields; ++place) {
         const unsigned low = field_low_bit[place];

@@ -31,6 +31,9 @@ constexpr unsigned register_at(word instruction, unsigned place) {
     return (instruction >> field_low_bit[place]) & 31;
 }
 
+// What the instruction does with X28 in any of its fields.
+use use_of_stolen_register(word instruction, const register_uses& uses);
+
 // The word with every general register field that holds `from` changed to `to`.
 word rename_register(word instruction, const register_uses& uses, unsigned from, unsigned to);
 

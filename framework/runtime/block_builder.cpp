@@ -1,5 +1,6 @@
 #include "framework/runtime/block_builder.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 
@@ -12,6 +13,7 @@
 #include "framework/runtime/interruptible.h"
 #include "framework/runtime/mangle.h"
 #include "framework/runtime/signals.h"
+#include "framework/runtime/stolen_stretches.h"
 #include "framework/runtime/translated_code.h"
 
 namespace {
@@ -19,6 +21,8 @@ namespace {
 // An instruction that the client replaces grows a hundredfold; conditional branches at the end still have to
 // reach their stubs, and literal loads their literals.
 constexpr unsigned block_instructions_limit = 128;
+
+constexpr unsigned long_block = 48;
 
 struct block_source {
     unsigned count;
@@ -204,7 +208,9 @@ void emit_source(code_cache& cache, const block_source& source, block& built, st
     built.instructions = static_cast<std::uint16_t>(source.count);
     cache.instructions.insert(cache.instructions.end(), source.instructions,
                               source.instructions + source.count);
-    emit_instructions(cache, source.instructions, source.count, start);
+    // Long blocks are few, and more often in loops than others.
+    (source.count >= long_block ? emit_frequent_instructions : emit_instructions)(cache, source.instructions,
+                                                                                  source.count, start);
     const a64::kind last = source.instructions[source.count - 1].kind;
     if (!a64::ends_block(last) || last == a64::kind::trap || last == a64::kind::unknown_branch)
         emit_direct_exit(cache, end);

@@ -21,7 +21,7 @@
 #include "framework/aarch64/encode.h"
 
 // Registers that hold what the context otherwise holds for the application, over more than one instruction;
-// their own values stand in the slots of `exclusives.h`. The zero register if there is none.
+// their own values stand in the slots of `borrowed_registers.h`. The zero register if there is none.
 struct registers_in_place {
     std::uint8_t stolen;
     std::uint8_t thread_pointer;

@@ -4,19 +4,13 @@
 // registers.
 #pragma once
 
-#include "framework/runtime/code_cache.h"
+#include "framework/runtime/borrowed_registers.h"
 
 // How the stretch is translated.
 struct exclusive_region {
-    unsigned words;          // of application code, load and store included; 0 if there is nothing to do
-    unsigned stolen;         // holds the application's X28; the zero register if that is not named
-    unsigned thread_pointer; // holds the application's thread pointer; the zero register if it is not read
-    bool writes_stolen;
+    unsigned words; // of application code, load and store included; 0 if there is nothing to do
+    borrowed_registers borrowed;
 };
-
-// Where the borrowed registers' own values stand meanwhile.
-inline constexpr std::int64_t stolen_slot = scratch_slot(2);
-inline constexpr std::int64_t thread_pointer_slot = scratch_slot(3);
 
 // The most words of such a stretch.
 inline constexpr unsigned exclusive_region_limit = 32;

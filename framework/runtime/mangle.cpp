@@ -48,14 +48,6 @@ unsigned reusable_destination(word instruction, const register_uses& uses) {
     return destination;
 }
 
-use use_of_stolen_register(word instruction, const register_uses& uses) {
-    use combined = no_use;
-    for (unsigned place = 0; place < register_fields; ++place)
-        if (register_at(instruction, place) == stolen_register)
-            combined |= uses.field[place];
-    return combined;
-}
-
 // Runs `body`, an instruction with X28 renamed to a borrowed register.
 void emit_with_borrowed(emitter& out, word body, unsigned borrowed, use of_x28) {
     out.put(str_x(borrowed, context_register, borrowed_slot));
@@ -243,6 +235,14 @@ void emit_literal_load(emitter& out, word instruction, std::uint64_t address) {
 }
 
 } // namespace
+
+unsigned mangled_words(word instruction) {
+    word code[mangled_words_limit];
+    emitter out{};
+    out.cursor = code;
+    emit_plain(out, instruction);
+    return static_cast<unsigned>(out.cursor - code);
+}
 
 void emit_application_instruction(emitter& out, word instruction, kind k, std::uint64_t pc) {
     switch (k) {

@@ -11,3 +11,6 @@ inline constexpr unsigned mangled_words_limit = 16;
 // X28 lives in the context, its thread pointer too; everything else is in place, and nothing below SP is
 // written.
 void emit_application_instruction(emitter& out, a64::word instruction, a64::kind kind, std::uint64_t pc);
+
+// The number of words that this makes of an instruction that does not depend on its address.
+unsigned mangled_words(a64::word instruction);

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "framework/aarch64/classify.h"
-#include "framework/runtime/exclusives.h"
+#include "framework/runtime/borrowed_registers.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "framework/runtime/block_exits.h"
 #include "framework/runtime/exclusives.h"
 #include "framework/runtime/mangle.h"
+#include "framework/runtime/stolen_stretches.h"
 
 namespace {
 
@@ -114,12 +115,12 @@ void emit_copy(code_cache& cache, const step& at, bool last) {
     });
     cache.exit_path = counts ? end.path : nullptr;
     if (end.how == ending::other || end.how == ending::next) {
-        emit_instructions(cache, instructions, count, at.pc);
+        emit_frequent_instructions(cache, instructions, count, at.pc);
         if (last && end.how == ending::next)
             emit_direct_exit(cache, end.target);
         return;
     }
-    emit_instructions(cache, instructions, count - 1, at.pc);
+    emit_frequent_instructions(cache, instructions, count - 1, at.pc);
     const a64::word* const code = cache.out.cursor;
     cache.out.effect = nullptr;
     if (end.how == ending::call)
