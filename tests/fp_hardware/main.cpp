@@ -1,7 +1,7 @@
 // fp_hardware [DEPTH [SEED]]: compares the floating-point kernels with the processor that runs it, in results
 // and exceptions. Operations on one half run over all 65,536 operands in every mode, operations on two over a
-// grid, and everything else over random operands, of which DEPTH gives the number in units of a thousand for
-// each operation.
+// grid, and everything else over all combinations of special values and over random operands, of which DEPTH
+// gives the number in units of a thousand for each operation.
 #include "tests/fp_hardware/operations.h"
 #include "tests/unit/fp_operands.h"
 
@@ -80,6 +80,23 @@ std::uint64_t random_operand(operand_kind kind) {
     return static_cast<std::uint64_t>(static_cast<std::int64_t>(random) >> (random & 63));
 }
 
+std::vector<std::uint64_t> special_operands(operand_kind kind) {
+    const auto widened = [](const auto& values) {
+        return std::vector<std::uint64_t>(values.begin(), values.end());
+    };
+    switch (kind) {
+    case operand_kind::half:
+        return widened(fp_special_values<std::uint16_t>());
+    case operand_kind::single:
+        return widened(fp_special_values<std::uint32_t>());
+    case operand_kind::double_precision:
+        return widened(fp_special_values<std::uint64_t>());
+    case operand_kind::integer:
+        break;
+    }
+    return {};
+}
+
 // Halves with every exponent and a few fractions: the ends, the middle, and one in between.
 std::vector<std::uint64_t> half_grid() {
     std::vector<std::uint64_t> grid;
@@ -98,6 +115,19 @@ void compare_random(comparison& with, const fp_operation& operation, std::uint64
         const std::uint64_t b = operation.operands > 1 ? random_operand(operation.kind) : 0;
         const std::uint64_t c = operation.operands > 2 ? random_operand(operation.kind) : 0;
         with.compare(a, b, c);
+    }
+}
+
+// Special values with each other, of three operands in eight modes that differ in every bit.
+void compare_specials(comparison& with, const fp_operation& operation) {
+    const std::vector<std::uint64_t> values = special_operands(operation.kind);
+    const std::vector<std::uint64_t> none = {0};
+    for (unsigned mode = 0; mode<mode_count; mode += operation.operands> 2 ? 9 : 1) {
+        with.set_mode(mode);
+        for (const std::uint64_t a : values)
+            for (const std::uint64_t b : operation.operands > 1 ? values : none)
+                for (const std::uint64_t c : operation.operands > 2 ? values : none)
+                    with.compare(a, b, c);
     }
 }
 
@@ -158,6 +188,7 @@ int main(int count, char** arguments) {
         } else {
             if (operation.kind == operand_kind::half && operation.operands == 2)
                 compare_half_grid(with);
+            compare_specials(with, operation);
             compare_random(with, operation, depth * 1000);
         }
         set_fpcr(0);
