@@ -16,6 +16,7 @@ TEST(EveryRow, IsEmulatedAndLeavesPredicateBytesZeroOrOne) {
           shifts_rows(), unary_integer_rows()}) {
         for (const opcode_row& row : family) {
             SCOPED_TRACE(row.name);
+            const bool is_compare = std::strstr(row.name, "Cmp") != nullptr;
             ++rows;
             const unsigned int key_bits = map_value(describe(row.map), -1);
             for (int round = 0; round < 20; ++round) {
@@ -24,15 +25,18 @@ TEST(EveryRow, IsEmulatedAndLeavesPredicateBytesZeroOrOne) {
                 cpu_state state = random_state(generator());
                 for (auto& predicate : state.p)
                     for (std::uint8_t& byte : predicate)
-                        byte &= 1;
+                        byte &= is_compare ? 0xFF : 1; // which makes all bytes of its result itself
                 for (std::uint8_t& byte : state.ffr)
                     byte &= 1;
                 state.fpcr &= 0x07C80000; // the modes that processors with SVE have
                 state.pc = &word;
                 ASSERT_EQ(row.stub(&state, word), aarch64_emulated);
                 ASSERT_EQ(state.pc, &word);
-                for (const auto& predicate : state.p)
-                    ASSERT_LE(*std::max_element(predicate, predicate + vector_bytes), 1) << std::hex << word;
+                for (int i = 0; i < 16; ++i) {
+                    const bool is_clean = !is_compare || i == static_cast<int>(word & 15);
+                    ASSERT_TRUE(!is_clean || *std::max_element(state.p[i], state.p[i] + vector_bytes) <= 1)
+                        << std::hex << word;
+                }
             }
         }
     }
