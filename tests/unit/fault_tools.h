@@ -13,12 +13,14 @@
 #include <unistd.h>
 #include <vector>
 
-// Two pages with unreadable ones around them. The boundary between them is no boundary of larger pages.
+// Two pages with unreadable ones around them, if need be below 4 GB. The boundary between them is no boundary
+// of larger pages.
 class page_pair {
 public:
-    page_pair()
+    explicit page_pair(bool is_low = false)
         : page_(static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE))),
-          reserved_(mmap(nullptr, 5 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)),
+          reserved_(mmap(is_low ? reinterpret_cast<void*>(0x50000000) : nullptr, 5 * page_, PROT_NONE,
+                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)),
           begin_(reinterpret_cast<std::uint64_t>(reserved_) + page_) {
         if (boundary() / page_ % 2 == 0)
             begin_ += page_;
