@@ -17,7 +17,7 @@ using half = std::uint16_t;
 using single = std::uint32_t;
 using double_bits = std::uint64_t;
 
-constexpr std::uint32_t FZ = FPSCR::FZ, FZ16 = FPSCR::FZ16, DN = FPSCR::DN, AHP = FPSCR::AHP;
+constexpr std::uint32_t FZ = FPSCR::FZ, FZ16 = FPSCR::FZ16, DN = FPSCR::DN;
 constexpr int IOC = FPFlag_IOC, DZC = FPFlag_DZC, OFC = FPFlag_OFC, UFC = FPFlag_UFC, IXC = FPFlag_IXC,
               IDC = FPFlag_IDC;
 

@@ -32,18 +32,21 @@ namespace {
 
 using operands = primitive_operands;
 
-// The bytes of a predicate: each governs one unit of a vector.
-template <class Predicate> auto* bytes_of(Predicate& predicate) {
-    using Byte = std::conditional_t<std::is_const_v<Predicate>, const std::uint8_t, std::uint8_t>;
-    return reinterpret_cast<Byte*>(predicate.words);
+// A vector or a predicate is 32 units, of eight bytes or of one.
+template <class Value> inline constexpr std::size_t unit_bytes = sizeof(Value) / 32;
+template <class Value> std::uint8_t* bytes_of(Value& value) {
+    return reinterpret_cast<std::uint8_t*>(&value);
 }
 
-// `units` units of that many bytes, from `start` on, moved to the front, and zeros behind them.
-void move_window(std::uint8_t* bytes, std::size_t all, std::size_t unit, std::size_t start,
-                 std::size_t units) {
-    std::memmove(bytes, bytes + start * unit, units * unit);
-    std::memset(bytes + units * unit, 0, (all - units) * unit);
+// Moves so many units, from `start` on, to the front, with zeros behind them.
+template <class Value> void keep_window(Value& value, std::size_t start, std::size_t units) {
+    std::memmove(&value, bytes_of(value) + start * unit_bytes<Value>, units * unit_bytes<Value>);
+    std::memset(bytes_of(value) + units * unit_bytes<Value>, 0, (32 - units) * unit_bytes<Value>);
 }
+
+// The operand that a merging primitive keeps.
+const VecV& kept_operand(const operands& values, const VecV&) { return values.zn; }
+const PredV& kept_operand(const operands& values, const PredV&) { return values.pn; }
 
 // What the result holds outside of the window: zeros, the first operand, or anything.
 enum class outside { zero, kept, open };
@@ -76,29 +79,24 @@ void check(const char* name, outside rest, Primitive primitive, std::size_t gran
         }
         operands window = values;
         for (VecV* vector : {&window.zn, &window.zm})
-            move_window(vector->bytes, 32, 8, start, units);
+            keep_window(*vector, start, units);
         for (PredV* predicate : {&window.pg, &window.pn, &window.pm, &window.context.ffr})
-            move_window(bytes_of(*predicate), 32, 1, start, units);
+            keep_window(*predicate, start, units);
         window.context.vl = 16;
 
         const CpuContext before = values.context;
         const auto expected = primitive(window);
-        const auto actual = primitive(values);
-        using Result = std::remove_const_t<decltype(actual)>;
-        if constexpr (std::is_integral_v<Result>) {
+        auto actual = primitive(values);
+        if constexpr (std::is_integral_v<decltype(actual)>) {
             EXPECT_EQ(actual, expected);
         } else {
-            const std::size_t unit = sizeof actual / 32;
-            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&actual);
-            EXPECT_EQ(std::memcmp(bytes + start * unit, &expected, units / granule * granule * unit), 0);
-            Result kept = {};
-            if constexpr (std::is_same_v<Result, VecV>)
-                kept = rest == outside::kept ? values.zn : kept;
-            else
-                kept = rest == outside::kept ? values.pn : kept;
-            const auto* const kept_bytes = reinterpret_cast<const std::uint8_t*>(&kept);
-            for (std::size_t k = 0; k < length * unit && rest != outside::open; ++k)
-                ASSERT_TRUE((k >= start * unit && k < end * unit) || bytes[k] == kept_bytes[k]) << k;
+            using Result = decltype(actual);
+            constexpr std::size_t unit = unit_bytes<Result>;
+            std::uint8_t* const found = bytes_of(actual) + start * unit;
+            EXPECT_EQ(std::memcmp(found, &expected, units / granule * granule * unit), 0);
+            Result whole = rest == outside::kept ? kept_operand(values, actual) : Result{};
+            std::memcpy(bytes_of(whole) + start * unit, found, units * unit);
+            EXPECT_TRUE(rest == outside::open || std::memcmp(&actual, &whole, length * unit) == 0);
         }
         EXPECT_EQ(values.context.nzcv, window.context.nzcv);
         if (units % granule == 0) {
@@ -237,33 +235,18 @@ TEST(LibraryLengths, SumsFillUpToAPowerOfTwo) {
     });
 }
 
-TEST(LibraryLengths, ReductionsFillUpWithTheirIdentity) {
-    constexpr single_bits minus_two = 0xC0000000, minus_zero = 0x80000000;
-    constexpr half_bits one = 0x3C00, quiet_nan = 0x7E01;
-    const PredV none = {}, all = {{~0ul, ~0ul, ~0ul, ~0ul}};
-    VecV singles, zeros, halves;
-    for (int i = 0; i < 64; ++i) {
-        set_element(singles, i, minus_two);
-        set_element(zeros, i, minus_zero);
-    }
-    for (int i = 0; i < 128; ++i)
-        set_element(halves, i, i % 4 == 2 ? one : quiet_nan);
+// And what fills up is +0, which makes a sum of negative zeros positive.
+TEST(LibraryLengths, SumsOfNegativeZeros) {
+    const PredV all = {{~0ul, ~0ul, ~0ul, ~0ul}};
+    VecV zeros;
+    for (int i = 0; i < 64; ++i)
+        set_element<single_bits>(zeros, i, 0x80000000);
     for (const std::uint32_t length : some_vector_lengths) {
-        SCOPED_TRACE(length);
         CpuContext context = {};
         context.vl = length;
-        EXPECT_EQ(VecF32AddReduceFV(none, singles, &context), 0u);
-        EXPECT_EQ(VecF32MaxReduceFV(none, singles, &context), 0xFF800000);
-        EXPECT_EQ(VecF32MinReduceFV(none, singles, &context), 0x7F800000u);
-        EXPECT_EQ(VecF16MaxNumReduceFV(none, halves, &context), 0x7E00u);
-        if (length == 0)
-            continue;
-        EXPECT_EQ(VecF32MaxReduceFV(all, singles, &context), minus_two);
-        EXPECT_EQ(VecF32MinReduceFV(all, singles, &context), minus_two);
-        EXPECT_EQ(VecF16MinNumReduceFV(all, halves, &context), one);
-        // A zero that fills up is positive, and makes the sum so.
-        EXPECT_EQ(VecF32AddReduceFV(all, zeros, &context), std::has_single_bit(length) ? minus_zero : 0u);
-        EXPECT_EQ(context.fpsr, 0u);
+        EXPECT_EQ(VecF32AddReduceFV(all, zeros, &context), std::has_single_bit(length) ? 0x80000000 : 0)
+            << length;
+        EXPECT_EQ(VecF32MaxReduceFV({}, zeros, &context), 0xFF800000) << length;
     }
 }
 

@@ -54,6 +54,7 @@ TEST(Saturation, ToWiderTypes) {
         {"2^101 - 1 to 101 unsigned", SatQShift(power(101) - 1, 101, true), {all_ones, 0}},
         {"2^101 to 101 unsigned", SatQShift(power(101), 101, true), {all_ones, 1}},
         {"-2^127 to 128", SatQShift(-power(126) * 2, 128, false), {0, 0}},
+        {"2^126 to 128 unsigned", SatQShift(power(126), 128, true), {0, 0}},
         {"255", SatQUShift(255, 8), {255, 0}},
         {"256", SatQUShift(256, 8), {255, 1}},
         {"65535", SatQUShift(65535, 8), {255, 1}},
@@ -124,6 +125,7 @@ TEST(Saturation, OfDoublewords) {
         {"largest << 64 to unsigned", SatShiftLeftU(largest64, 64, 64), {all_ones, 1}},
         {"-3 << 1 unsigned", ShiftQLeftInt(-3, 1, 8, true), {0, 1}},
         {"0 << 2^64", ShiftQLeftInt(0, power(64), 8, false), {0, 0}},
+        {"2^63 << 64 unsigned value", ShiftQLeftInt(power(63), 64, 64, true), {all_ones, 1}},
         {"1 << 2^64", ShiftQLeftInt(1, power(64), 64, false), {largest64, 1}},
         {"1000 << -1", ShiftQLeftInt(1000, -1, 8, false), {500, 0}}, // not saturated
     };
