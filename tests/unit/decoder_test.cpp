@@ -8,6 +8,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -87,6 +88,40 @@ TEST(Decoder, ExecutesCountsAndAdvances) {
     EXPECT_EQ(execute_sve_instruction(&state), aarch64_not_emulated) << "a word that no row matches";
     EXPECT_TRUE(same_state(state, expected));
     EXPECT_EQ(sve_instr_count, before + 1);
+}
+
+// Where random words seldom are.
+TEST(Operands, ImmediatesAtTheEndsOfTheirFields) {
+    const struct {
+        unsigned int word; // to x1, from x2
+        std::int64_t distance;
+    } sums[] = {
+        {0x04225401, -32 * 128}, {0x042253E1, 31 * 128}, {0x04625401, -32 * 16}, {0x046253E1, 31 * 16}};
+    for (const auto& c : sums) {
+        cpu_state state = random_state(5);
+        is_sve(c.word)(&state, c.word);
+        EXPECT_EQ(state.x[1] - state.x[2], static_cast<std::uint64_t>(c.distance)) << std::hex << c.word;
+    }
+    const struct {
+        unsigned int word; // to z1 or p1, under p3, from x2
+        int distance;
+    } loads[] = {{0x85A04041, -256 * 128}, {0x859F5C41, 255 * 128}, // ldr z1
+                 {0x85A00041, -256 * 16},  {0x859F1C41, 255 * 16},  // ldr p1
+                 {0xA408AC41, -8 * 128},   {0xA587AC41, 7 * 16},    // ld1b, ld1sb to doublewords
+                 {0xA578AC41, -8 * 64},                             // ldnf1w to doublewords
+                 {0xA5E8EC41, -32 * 128},  {0xA4C7EC41, 21 * 128},  // ld4d, ld3h
+                 {0x85FFEC41, 504},        {0x857F8C41, 126},       // ld1rd, ld1rsh
+                 {0xA5082C41, -128},       {0xA4072C41, 112}};      // ld1rqw, ld1rqb
+    for (const auto& c : loads) {
+        std::vector<std::uint8_t> memory(2 * 33024);
+        memory[static_cast<std::size_t>(33024 + c.distance)] = 1;
+        cpu_state state = random_state(6);
+        state.z[1][0] = state.p[1][0] = 0;
+        state.p[3][0] = 1;
+        state.x[2] = reinterpret_cast<std::uint64_t>(memory.data()) + 33024;
+        is_sve(c.word)(&state, c.word);
+        EXPECT_EQ(state.z[1][0] + state.p[1][0], 1) << std::hex << c.word;
+    }
 }
 
 TEST(Prefetches, ChangeNothingAtAll) {
