@@ -9,6 +9,7 @@
 
 #include "tests/unit/library_operands.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -136,12 +137,10 @@ void check_leading(while_primitive<Register>* primitive, true_primitive* by_patt
         context.nzcv = length % 2 ? 0xFFFFFFFF : 0;
         for (const auto& c : cases) {
             SCOPED_TRACE(testing::Message() << c.counter << " to " << c.limit << ", length " << length);
-            const auto steps = __int128_t{c.limit} - c.counter + 1;
-            const bool wraps = c.limit == most; // no element is beyond the limit
-            expect_leading<Element>(c.counter > c.limit      ? 0
-                                    : wraps || steps > count ? count
-                                                             : static_cast<int>(steps),
-                                    true, context,
+            // No element is beyond the greatest limit.
+            const __int128_t steps = c.limit == most ? count : __int128_t{c.limit} - c.counter + 1;
+            const auto leading = c.counter > c.limit ? 0 : std::min<__int128_t>(steps, count);
+            expect_leading<Element>(static_cast<int>(leading), true, context,
                                     [&](CpuContext* own) { return primitive(c.counter, c.limit, own); });
         }
         for (unsigned long pattern = 0; pattern < 32; ++pattern) {
