@@ -44,28 +44,25 @@ VecV indexed_dot_product(const VecV& zda, const VecV& zn, const VecV& zm, int in
 
 } // namespace
 
-VecV VecS32DotVVVX(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return dot_product<std::int32_t>(zda, zn, zm, context);
-}
-VecV VecS64DotVVVX(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return dot_product<std::int64_t>(zda, zn, zm, context);
-}
-VecV VecU32DotVVVX(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return dot_product<std::uint32_t>(zda, zn, zm, context);
-}
-VecV VecU64DotVVVX(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return dot_product<std::uint64_t>(zda, zn, zm, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define DOT_PRODUCT(name, element)                                                                           \
+    VecV name(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context) {                        \
+        return dot_product<element>(zda, zn, zm, context);                                                   \
+    }
 
-VecV VecS32DotVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return indexed_dot_product<std::int32_t>(zda, zn, zm, index, context);
-}
-VecV VecS64DotVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return indexed_dot_product<std::int64_t>(zda, zn, zm, index, context);
-}
-VecV VecU32DotVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return indexed_dot_product<std::uint32_t>(zda, zn, zm, index, context);
-}
-VecV VecU64DotVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return indexed_dot_product<std::uint64_t>(zda, zn, zm, index, context);
-}
+DOT_PRODUCT(VecS32DotVVVX, std::int32_t)
+DOT_PRODUCT(VecS64DotVVVX, std::int64_t)
+DOT_PRODUCT(VecU32DotVVVX, std::uint32_t)
+DOT_PRODUCT(VecU64DotVVVX, std::uint64_t)
+#undef DOT_PRODUCT
+
+#define INDEXED_DOT_PRODUCT(name, element)                                                                   \
+    VecV name(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {             \
+        return indexed_dot_product<element>(zda, zn, zm, index, context);                                    \
+    }
+
+INDEXED_DOT_PRODUCT(VecS32DotVVVIX, std::int32_t)
+INDEXED_DOT_PRODUCT(VecS64DotVVVIX, std::int64_t)
+INDEXED_DOT_PRODUCT(VecU32DotVVVIX, std::uint32_t)
+INDEXED_DOT_PRODUCT(VecU64DotVVVIX, std::uint64_t)
+#undef INDEXED_DOT_PRODUCT

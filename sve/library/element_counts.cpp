@@ -32,177 +32,74 @@ static VecV subtract_count(const VecV& zdn, unsigned long pattern, unsigned long
     return map_chunks<Element>(zdn, context, [=](auto a) { return subtract_step<Element>(a, count); });
 }
 
-unsigned long VecU8CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return count_elements<std::uint8_t>(pattern, imm4, context);
-}
-unsigned long VecU16CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return count_elements<std::uint16_t>(pattern, imm4, context);
-}
-unsigned long VecU32CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return count_elements<std::uint32_t>(pattern, imm4, context);
-}
-unsigned long VecU64CountVLSI(unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return count_elements<std::uint64_t>(pattern, imm4, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define COUNT(name, element)                                                                                 \
+    unsigned long name(unsigned long pattern, unsigned long imm4, CpuContext* context) {                     \
+        return count_elements<element>(pattern, imm4, context);                                              \
+    }
 
-std::int32_t VecS8QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                             CpuContext* context) {
-    return saturate_register<std::int8_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int32_t VecS16QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int16_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int32_t VecS32QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int32_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int32_t VecS64QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int64_t, std::int32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU8QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU16QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU32QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU64QIncrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint32_t, SatAdd>(operand, pattern, imm4, context);
-}
+COUNT(VecU8CountVLSI, std::uint8_t)
+COUNT(VecU16CountVLSI, std::uint16_t)
+COUNT(VecU32CountVLSI, std::uint32_t)
+COUNT(VecU64CountVLSI, std::uint64_t)
+#undef COUNT
 
-std::int32_t VecS8QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                             CpuContext* context) {
-    return saturate_register<std::int8_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int32_t VecS16QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int16_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int32_t VecS32QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int32_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int32_t VecS64QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int64_t, std::int32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU16QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU32QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint32_t VecU64QDecrVL4SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint32_t, SatSub>(operand, pattern, imm4, context);
-}
+#define SATURATED_COUNT(name, element, value, combine)                                                       \
+    value name(std::uint64_t operand, unsigned long pattern, unsigned long imm4, CpuContext* context) {      \
+        return saturate_register<element, value, combine>(operand, pattern, imm4, context);                  \
+    }
 
-std::int64_t VecS8QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                             CpuContext* context) {
-    return saturate_register<std::int8_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int64_t VecS16QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int16_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int64_t VecS32QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int32_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::int64_t VecS64QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int64_t, std::int64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU8QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU16QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU32QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU64QIncrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint64_t, SatAdd>(operand, pattern, imm4, context);
-}
+SATURATED_COUNT(VecS8QIncrVL4SI, std::int8_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS16QIncrVL4SI, std::int16_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS32QIncrVL4SI, std::int32_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS64QIncrVL4SI, std::int64_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecU8QIncrVL4SI, std::uint8_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU16QIncrVL4SI, std::uint16_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU32QIncrVL4SI, std::uint32_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU64QIncrVL4SI, std::uint64_t, std::uint32_t, SatAdd)
 
-std::int64_t VecS8QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                             CpuContext* context) {
-    return saturate_register<std::int8_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int64_t VecS16QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int16_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int64_t VecS32QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int32_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::int64_t VecS64QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                              CpuContext* context) {
-    return saturate_register<std::int64_t, std::int64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU16QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU32QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
-}
-std::uint64_t VecU64QDecrVL8SI(std::uint64_t operand, unsigned long pattern, unsigned long imm4,
-                               CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint64_t, SatSub>(operand, pattern, imm4, context);
-}
+SATURATED_COUNT(VecS8QDecrVL4SI, std::int8_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS16QDecrVL4SI, std::int16_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS32QDecrVL4SI, std::int32_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS64QDecrVL4SI, std::int64_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecU16QDecrVL4SI, std::uint16_t, std::uint32_t, SatSub)
+SATURATED_COUNT(VecU32QDecrVL4SI, std::uint32_t, std::uint32_t, SatSub)
+SATURATED_COUNT(VecU64QDecrVL4SI, std::uint64_t, std::uint32_t, SatSub)
 
-VecV VecS16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::int16_t>(zdn, pattern, imm4, context);
-}
-VecV VecS32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::int32_t>(zdn, pattern, imm4, context);
-}
-VecV VecS64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::int64_t>(zdn, pattern, imm4, context);
-}
-VecV VecU16QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::uint16_t>(zdn, pattern, imm4, context);
-}
-VecV VecU32QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::uint32_t>(zdn, pattern, imm4, context);
-}
-VecV VecU64QIncrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return add_count<std::uint64_t>(zdn, pattern, imm4, context);
-}
+SATURATED_COUNT(VecS8QIncrVL8SI, std::int8_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS16QIncrVL8SI, std::int16_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS32QIncrVL8SI, std::int32_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS64QIncrVL8SI, std::int64_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecU8QIncrVL8SI, std::uint8_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU16QIncrVL8SI, std::uint16_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU32QIncrVL8SI, std::uint32_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU64QIncrVL8SI, std::uint64_t, std::uint64_t, SatAdd)
 
-VecV VecS16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::int16_t>(zdn, pattern, imm4, context);
-}
-VecV VecS32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::int32_t>(zdn, pattern, imm4, context);
-}
-VecV VecS64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::int64_t>(zdn, pattern, imm4, context);
-}
-VecV VecU16QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::uint16_t>(zdn, pattern, imm4, context);
-}
-VecV VecU32QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::uint32_t>(zdn, pattern, imm4, context);
-}
-VecV VecU64QDecrVLVI(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {
-    return subtract_count<std::uint64_t>(zdn, pattern, imm4, context);
-}
+SATURATED_COUNT(VecS8QDecrVL8SI, std::int8_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS16QDecrVL8SI, std::int16_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS32QDecrVL8SI, std::int32_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS64QDecrVL8SI, std::int64_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecU16QDecrVL8SI, std::uint16_t, std::uint64_t, SatSub)
+SATURATED_COUNT(VecU32QDecrVL8SI, std::uint32_t, std::uint64_t, SatSub)
+SATURATED_COUNT(VecU64QDecrVL8SI, std::uint64_t, std::uint64_t, SatSub)
+#undef SATURATED_COUNT
+
+#define VECTOR_COUNT(name, element, function)                                                                \
+    VecV name(const VecV& zdn, unsigned long pattern, unsigned long imm4, CpuContext* context) {             \
+        return function<element>(zdn, pattern, imm4, context);                                               \
+    }
+
+VECTOR_COUNT(VecS16QIncrVLVI, std::int16_t, add_count)
+VECTOR_COUNT(VecS32QIncrVLVI, std::int32_t, add_count)
+VECTOR_COUNT(VecS64QIncrVLVI, std::int64_t, add_count)
+VECTOR_COUNT(VecU16QIncrVLVI, std::uint16_t, add_count)
+VECTOR_COUNT(VecU32QIncrVLVI, std::uint32_t, add_count)
+VECTOR_COUNT(VecU64QIncrVLVI, std::uint64_t, add_count)
+
+VECTOR_COUNT(VecS16QDecrVLVI, std::int16_t, subtract_count)
+VECTOR_COUNT(VecS32QDecrVLVI, std::int32_t, subtract_count)
+VECTOR_COUNT(VecS64QDecrVLVI, std::int64_t, subtract_count)
+VECTOR_COUNT(VecU16QDecrVLVI, std::uint16_t, subtract_count)
+VECTOR_COUNT(VecU32QDecrVLVI, std::uint32_t, subtract_count)
+VECTOR_COUNT(VecU64QDecrVLVI, std::uint64_t, subtract_count)
+#undef VECTOR_COUNT

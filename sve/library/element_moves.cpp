@@ -51,123 +51,65 @@ template <class Element> VecV insert(const VecV& zdn, Element scalar, CpuContext
 
 } // namespace
 
-std::uint8_t VecU8LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint8_t>(pg, zn, context);
-}
-std::uint16_t VecU16LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint16_t>(pg, zn, context);
-}
-std::uint32_t VecU32LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint32_t>(pg, zn, context);
-}
-std::uint64_t VecU64LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint64_t>(pg, zn, context);
-}
-std::uint8_t VecB8LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint8_t>(pg, zn, context);
-}
-std::uint16_t VecH16LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint16_t>(pg, zn, context);
-}
-std::uint32_t VecF32LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint32_t>(pg, zn, context);
-}
-std::uint64_t VecD64LastAV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return after_last<std::uint64_t>(pg, zn, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define AFTER_LAST(name, element)                                                                            \
+    element name(const PredV& pg, const VecV& zn, CpuContext* context) {                                     \
+        return after_last<element>(pg, zn, context);                                                         \
+    }
 
-std::uint8_t VecU8CondXASV(const PredV& pg, std::uint8_t default_value, const VecV& zm, CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint16_t VecU16CondXASV(const PredV& pg, std::uint16_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint32_t VecU32CondXASV(const PredV& pg, std::uint32_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint64_t VecU64CondXASV(const PredV& pg, std::uint64_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint8_t VecB8CondXASV(const PredV& pg, std::uint8_t default_value, const VecV& zm, CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint16_t VecH16CondXASV(const PredV& pg, std::uint16_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint32_t VecF32CondXASV(const PredV& pg, std::uint32_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint64_t VecD64CondXASV(const PredV& pg, std::uint64_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::after_last_active>(pg, default_value, zm, context);
-}
-std::uint8_t VecB8CondXBSV(const PredV& pg, std::uint8_t default_value, const VecV& zm, CpuContext* context) {
-    return conditional_last<chosen::last_active>(pg, default_value, zm, context);
-}
-std::uint16_t VecH16CondXBSV(const PredV& pg, std::uint16_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::last_active>(pg, default_value, zm, context);
-}
-std::uint32_t VecF32CondXBSV(const PredV& pg, std::uint32_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::last_active>(pg, default_value, zm, context);
-}
-std::uint64_t VecD64CondXBSV(const PredV& pg, std::uint64_t default_value, const VecV& zm,
-                             CpuContext* context) {
-    return conditional_last<chosen::last_active>(pg, default_value, zm, context);
-}
+AFTER_LAST(VecU8LastAV, std::uint8_t)
+AFTER_LAST(VecU16LastAV, std::uint16_t)
+AFTER_LAST(VecU32LastAV, std::uint32_t)
+AFTER_LAST(VecU64LastAV, std::uint64_t)
+AFTER_LAST(VecB8LastAV, std::uint8_t)
+AFTER_LAST(VecH16LastAV, std::uint16_t)
+AFTER_LAST(VecF32LastAV, std::uint32_t)
+AFTER_LAST(VecD64LastAV, std::uint64_t)
+#undef AFTER_LAST
 
-VecV VecU8VCondXAVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint8_t, chosen::after_last_active>(pg, zdn, zm, context);
-}
-VecV VecU16VCondXAVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint16_t, chosen::after_last_active>(pg, zdn, zm, context);
-}
-VecV VecU32VCondXAVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint32_t, chosen::after_last_active>(pg, zdn, zm, context);
-}
-VecV VecU64VCondXAVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint64_t, chosen::after_last_active>(pg, zdn, zm, context);
-}
-VecV VecU8VCondXBVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint8_t, chosen::last_active>(pg, zdn, zm, context);
-}
-VecV VecU16VCondXBVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint16_t, chosen::last_active>(pg, zdn, zm, context);
-}
-VecV VecU32VCondXBVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint32_t, chosen::last_active>(pg, zdn, zm, context);
-}
-VecV VecU64VCondXBVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return conditional_vector<std::uint64_t, chosen::last_active>(pg, zdn, zm, context);
-}
+#define CONDITIONAL_LAST(name, element, which)                                                               \
+    element name(const PredV& pg, element default_value, const VecV& zm, CpuContext* context) {              \
+        return conditional_last<chosen::which>(pg, default_value, zm, context);                              \
+    }
 
-VecV VecU8InsertS(const VecV& zdn, std::uint8_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecU16InsertS(const VecV& zdn, std::uint16_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecU32InsertS(const VecV& zdn, std::uint32_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecU64InsertS(const VecV& zdn, std::uint64_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecB8InsertS(const VecV& zdn, std::uint8_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecH16InsertS(const VecV& zdn, std::uint16_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecF32InsertS(const VecV& zdn, std::uint32_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
-VecV VecD64InsertS(const VecV& zdn, std::uint64_t scalar, CpuContext* context) {
-    return insert(zdn, scalar, context);
-}
+CONDITIONAL_LAST(VecU8CondXASV, std::uint8_t, after_last_active)
+CONDITIONAL_LAST(VecU16CondXASV, std::uint16_t, after_last_active)
+CONDITIONAL_LAST(VecU32CondXASV, std::uint32_t, after_last_active)
+CONDITIONAL_LAST(VecU64CondXASV, std::uint64_t, after_last_active)
+CONDITIONAL_LAST(VecB8CondXASV, std::uint8_t, after_last_active)
+CONDITIONAL_LAST(VecH16CondXASV, std::uint16_t, after_last_active)
+CONDITIONAL_LAST(VecF32CondXASV, std::uint32_t, after_last_active)
+CONDITIONAL_LAST(VecD64CondXASV, std::uint64_t, after_last_active)
+CONDITIONAL_LAST(VecB8CondXBSV, std::uint8_t, last_active)
+CONDITIONAL_LAST(VecH16CondXBSV, std::uint16_t, last_active)
+CONDITIONAL_LAST(VecF32CondXBSV, std::uint32_t, last_active)
+CONDITIONAL_LAST(VecD64CondXBSV, std::uint64_t, last_active)
+#undef CONDITIONAL_LAST
+
+#define CONDITIONAL_VECTOR(name, element, which)                                                             \
+    VecV name(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {                       \
+        return conditional_vector<element, chosen::which>(pg, zdn, zm, context);                             \
+    }
+
+CONDITIONAL_VECTOR(VecU8VCondXAVV, std::uint8_t, after_last_active)
+CONDITIONAL_VECTOR(VecU16VCondXAVV, std::uint16_t, after_last_active)
+CONDITIONAL_VECTOR(VecU32VCondXAVV, std::uint32_t, after_last_active)
+CONDITIONAL_VECTOR(VecU64VCondXAVV, std::uint64_t, after_last_active)
+CONDITIONAL_VECTOR(VecU8VCondXBVV, std::uint8_t, last_active)
+CONDITIONAL_VECTOR(VecU16VCondXBVV, std::uint16_t, last_active)
+CONDITIONAL_VECTOR(VecU32VCondXBVV, std::uint32_t, last_active)
+CONDITIONAL_VECTOR(VecU64VCondXBVV, std::uint64_t, last_active)
+#undef CONDITIONAL_VECTOR
+
+#define INSERT(name, element)                                                                                \
+    VecV name(const VecV& zdn, element scalar, CpuContext* context) { return insert(zdn, scalar, context); }
+
+INSERT(VecU8InsertS, std::uint8_t)
+INSERT(VecU16InsertS, std::uint16_t)
+INSERT(VecU32InsertS, std::uint32_t)
+INSERT(VecU64InsertS, std::uint64_t)
+INSERT(VecB8InsertS, std::uint8_t)
+INSERT(VecH16InsertS, std::uint16_t)
+INSERT(VecF32InsertS, std::uint32_t)
+INSERT(VecD64InsertS, std::uint64_t)
+#undef INSERT

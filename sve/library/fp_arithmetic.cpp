@@ -4,6 +4,7 @@
 #include "sve/fp/fp_compare.h"
 #include "sve/fp/fp_divide_sqrt.h"
 #include "sve/library/chunk_loops.h"
+#include "sve/library/primitive_definitions.h"
 
 // The second operand less the first, and over it.
 template <class Bits> static Bits subtract_reversed(Bits a, Bits b, FPSCR& fpscr) {
@@ -53,154 +54,70 @@ template <class Bits> static Bits zero_or_one(int i1) {
     return i1 ? FPFormat<Bits>::power_of_two(0) : Bits{0};
 }
 
-VecV VecF16AddVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPAdd<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16SubVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPSub<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, subtract_reversed<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16MulVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMul<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16DivVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPDiv<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16DivRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, divide_reversed<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16MaxVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMax<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16MaxNumVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMaxNum<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF16MinNumVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMinNum<half_bits>>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecF16AddVVM, fp_merge_binary<half_bits, FPAdd<half_bits>>)
+MERGING_PRIMITIVE(VecF16SubVVM, fp_merge_binary<half_bits, FPSub<half_bits>>)
+MERGING_PRIMITIVE(VecF16SubRVVM, fp_merge_binary<half_bits, subtract_reversed<half_bits>>)
+MERGING_PRIMITIVE(VecF16MulVVM, fp_merge_binary<half_bits, FPMul<half_bits>>)
+MERGING_PRIMITIVE(VecF16DivVVM, fp_merge_binary<half_bits, FPDiv<half_bits>>)
+MERGING_PRIMITIVE(VecF16DivRVVM, fp_merge_binary<half_bits, divide_reversed<half_bits>>)
+MERGING_PRIMITIVE(VecF16MaxVVM, fp_merge_binary<half_bits, FPMax<half_bits>>)
+MERGING_PRIMITIVE(VecF16MaxNumVVM, fp_merge_binary<half_bits, FPMaxNum<half_bits>>)
+MERGING_PRIMITIVE(VecF16MinNumVVM, fp_merge_binary<half_bits, FPMinNum<half_bits>>)
 
-VecV VecF16MinVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMin<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF32MinVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<single_bits, FPMin<single_bits>>(zdn, pg, zm, context);
-}
-VecV VecD64MinVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<double_bits, FPMin<double_bits>>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecF16MinVVM, fp_merge_binary<half_bits, FPMin<half_bits>>)
+MERGING_PRIMITIVE(VecF32MinVVM, fp_merge_binary<single_bits, FPMin<single_bits>>)
+MERGING_PRIMITIVE(VecD64MinVVM, fp_merge_binary<double_bits, FPMin<double_bits>>)
 
-VecV VecF16MulXVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, FPMulX<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF32MulXVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<single_bits, FPMulX<single_bits>>(zdn, pg, zm, context);
-}
-VecV VecD64MulXVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<double_bits, FPMulX<double_bits>>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecF16MulXVVM, fp_merge_binary<half_bits, FPMulX<half_bits>>)
+MERGING_PRIMITIVE(VecF32MulXVVM, fp_merge_binary<single_bits, FPMulX<single_bits>>)
+MERGING_PRIMITIVE(VecD64MulXVVM, fp_merge_binary<double_bits, FPMulX<double_bits>>)
 
-VecV VecF16AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, absolute_difference<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF32AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<single_bits, absolute_difference<single_bits>>(zdn, pg, zm, context);
-}
-VecV VecD64AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<double_bits, absolute_difference<double_bits>>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecF16AbdVVM, fp_merge_binary<half_bits, absolute_difference<half_bits>>)
+MERGING_PRIMITIVE(VecF32AbdVVM, fp_merge_binary<single_bits, absolute_difference<single_bits>>)
+MERGING_PRIMITIVE(VecD64AbdVVM, fp_merge_binary<double_bits, absolute_difference<double_bits>>)
 
-VecV VecF16ScaleVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<half_bits, scale_by<half_bits>>(zdn, pg, zm, context);
-}
-VecV VecF32ScaleVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<single_bits, scale_by<single_bits>>(zdn, pg, zm, context);
-}
-VecV VecD64ScaleVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return fp_merge_binary<double_bits, scale_by<double_bits>>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecF16ScaleVVM, fp_merge_binary<half_bits, scale_by<half_bits>>)
+MERGING_PRIMITIVE(VecF32ScaleVVM, fp_merge_binary<single_bits, scale_by<single_bits>>)
+MERGING_PRIMITIVE(VecD64ScaleVVM, fp_merge_binary<double_bits, scale_by<double_bits>>)
 
-VecV VecF16AddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<half_bits, FPAdd<half_bits>>(zn, zm, context);
-}
-VecV VecF16SubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<half_bits, FPSub<half_bits>>(zn, zm, context);
-}
-VecV VecF16MulVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<half_bits, FPMul<half_bits>>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecF16AddVVX, fp_map<half_bits, FPAdd<half_bits>>)
+VECTOR_PRIMITIVE(VecF16SubVVX, fp_map<half_bits, FPSub<half_bits>>)
+VECTOR_PRIMITIVE(VecF16MulVVX, fp_map<half_bits, FPMul<half_bits>>)
 
-VecV VecF16AddVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPAdd<half_bits>>(zdn, pg, half_or_one<half_bits>(i1), context);
-}
-VecV VecF16SubVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPSub<half_bits>>(zdn, pg, half_or_one<half_bits>(i1), context);
-}
-VecV VecF16SubRVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, subtract_reversed<half_bits>>(zdn, pg, half_or_one<half_bits>(i1),
-                                                                  context);
-}
-VecV VecF16MulVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPMul<half_bits>>(zdn, pg, half_or_two<half_bits>(i1), context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define IMMEDIATE_PRIMITIVE(name, bits, kernel, constant)                                                    \
+    VecV name(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {                               \
+        return fp_merge_with<bits, kernel<bits>>(zdn, pg, constant<bits>(i1), context);                      \
+    }
 
-VecV VecF16MaxVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPMax<half_bits>>(zdn, pg, zero_or_one<half_bits>(i1), context);
-}
-VecV VecF32MaxVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<single_bits, FPMax<single_bits>>(zdn, pg, zero_or_one<single_bits>(i1), context);
-}
-VecV VecD64MaxVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<double_bits, FPMax<double_bits>>(zdn, pg, zero_or_one<double_bits>(i1), context);
-}
+IMMEDIATE_PRIMITIVE(VecF16AddVIM, half_bits, FPAdd, half_or_one)
+IMMEDIATE_PRIMITIVE(VecF16SubVIM, half_bits, FPSub, half_or_one)
+IMMEDIATE_PRIMITIVE(VecF16SubRVIM, half_bits, subtract_reversed, half_or_one)
+IMMEDIATE_PRIMITIVE(VecF16MulVIM, half_bits, FPMul, half_or_two)
 
-VecV VecF16MinVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPMin<half_bits>>(zdn, pg, zero_or_one<half_bits>(i1), context);
-}
-VecV VecF32MinVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<single_bits, FPMin<single_bits>>(zdn, pg, zero_or_one<single_bits>(i1), context);
-}
-VecV VecD64MinVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<double_bits, FPMin<double_bits>>(zdn, pg, zero_or_one<double_bits>(i1), context);
-}
+IMMEDIATE_PRIMITIVE(VecF16MaxVIM, half_bits, FPMax, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecF32MaxVIM, single_bits, FPMax, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecD64MaxVIM, double_bits, FPMax, zero_or_one)
 
-VecV VecF16MaxNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPMaxNum<half_bits>>(zdn, pg, zero_or_one<half_bits>(i1), context);
-}
-VecV VecF32MaxNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<single_bits, FPMaxNum<single_bits>>(zdn, pg, zero_or_one<single_bits>(i1), context);
-}
-VecV VecD64MaxNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<double_bits, FPMaxNum<double_bits>>(zdn, pg, zero_or_one<double_bits>(i1), context);
-}
+IMMEDIATE_PRIMITIVE(VecF16MinVIM, half_bits, FPMin, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecF32MinVIM, single_bits, FPMin, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecD64MinVIM, double_bits, FPMin, zero_or_one)
 
-VecV VecF16MinNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<half_bits, FPMinNum<half_bits>>(zdn, pg, zero_or_one<half_bits>(i1), context);
-}
-VecV VecF32MinNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<single_bits, FPMinNum<single_bits>>(zdn, pg, zero_or_one<single_bits>(i1), context);
-}
-VecV VecD64MinNumVIM(const VecV& zdn, const PredV& pg, int i1, CpuContext* context) {
-    return fp_merge_with<double_bits, FPMinNum<double_bits>>(zdn, pg, zero_or_one<double_bits>(i1), context);
-}
+IMMEDIATE_PRIMITIVE(VecF16MaxNumVIM, half_bits, FPMaxNum, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecF32MaxNumVIM, single_bits, FPMaxNum, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecD64MaxNumVIM, double_bits, FPMaxNum, zero_or_one)
 
-VecV VecF16SqrtVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return fp_merge_unary<half_bits, FPSqrt<half_bits>>(zd, pg, zn, context);
-}
-VecV VecF16NegVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return negate<half_bits>(zd, pg, zn, context);
-}
+IMMEDIATE_PRIMITIVE(VecF16MinNumVIM, half_bits, FPMinNum, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecF32MinNumVIM, single_bits, FPMinNum, zero_or_one)
+IMMEDIATE_PRIMITIVE(VecD64MinNumVIM, double_bits, FPMinNum, zero_or_one)
+#undef IMMEDIATE_PRIMITIVE
 
-VecV VecF16AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<half_bits>(zd, pg, zn, context);
-}
-VecV VecF32AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<single_bits>(zd, pg, zn, context);
-}
-VecV VecD64AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<double_bits>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecF16SqrtVM, fp_merge_unary<half_bits, FPSqrt<half_bits>>)
+MERGING_PRIMITIVE(VecF16NegVM, negate<half_bits>)
+
+MERGING_PRIMITIVE(VecF16AbsVM, absolute<half_bits>)
+MERGING_PRIMITIVE(VecF32AbsVM, absolute<single_bits>)
+MERGING_PRIMITIVE(VecD64AbsVM, absolute<double_bits>)
 
 VecV VecF16DupIM(const VecV& zd, const PredV& pg, half_bits value, CpuContext* context) {
     return copy<half_bits>(zd, pg, value, context);

@@ -2,6 +2,7 @@
 
 #include "sve/fp/fp_arithmetic.h"
 #include "sve/fp/fp_compare.h"
+#include "sve/library/primitive_definitions.h"
 
 // A predicate whose element i is compare(i, fpscr) where pg is active and false elsewhere.
 template <class Bits, class Compare>
@@ -44,64 +45,33 @@ template <class Bits> static bool absolute_greater(Bits a, Bits b, FPSCR& fpscr)
     return FPCompareGT(FPAbs(a), FPAbs(b), fpscr);
 }
 
-PredV VecF16CmpEQVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, FPCompareEQ<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF16CmpGEVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, FPCompareGE<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF16CmpGTVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, FPCompareGT<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF16CmpNEVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, unequal<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF16CmpUNVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, FPCompareUN<half_bits>>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecF16CmpEQVVZ, compare<half_bits, FPCompareEQ<half_bits>>)
+COMPARING_PRIMITIVE(VecF16CmpGEVVZ, compare<half_bits, FPCompareGE<half_bits>>)
+COMPARING_PRIMITIVE(VecF16CmpGTVVZ, compare<half_bits, FPCompareGT<half_bits>>)
+COMPARING_PRIMITIVE(VecF16CmpNEVVZ, compare<half_bits, unequal<half_bits>>)
+COMPARING_PRIMITIVE(VecF16CmpUNVVZ, compare<half_bits, FPCompareUN<half_bits>>)
 
-PredV VecF16CmpEQV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, FPCompareEQ<half_bits>>(pg, zn, context);
-}
-PredV VecF16CmpGEV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, FPCompareGE<half_bits>>(pg, zn, context);
-}
-PredV VecF16CmpGTV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, FPCompareGT<half_bits>>(pg, zn, context);
-}
-PredV VecF16CmpLEV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, less_or_equal<half_bits>>(pg, zn, context);
-}
-PredV VecF16CmpLTV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, less<half_bits>>(pg, zn, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define COMPARE_WITH_ZERO(name, bits, kernel)                                                                \
+    PredV name(const PredV& pg, const VecV& zn, CpuContext* context) {                                       \
+        return compare_with_zero<bits, kernel<bits>>(pg, zn, context);                                       \
+    }
 
-PredV VecF16CmpNEV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<half_bits, unequal<half_bits>>(pg, zn, context);
-}
-PredV VecF32CmpNEV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<single_bits, unequal<single_bits>>(pg, zn, context);
-}
-PredV VecD64CmpNEV0Z(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return compare_with_zero<double_bits, unequal<double_bits>>(pg, zn, context);
-}
+COMPARE_WITH_ZERO(VecF16CmpEQV0Z, half_bits, FPCompareEQ)
+COMPARE_WITH_ZERO(VecF16CmpGEV0Z, half_bits, FPCompareGE)
+COMPARE_WITH_ZERO(VecF16CmpGTV0Z, half_bits, FPCompareGT)
+COMPARE_WITH_ZERO(VecF16CmpLEV0Z, half_bits, less_or_equal)
+COMPARE_WITH_ZERO(VecF16CmpLTV0Z, half_bits, less)
 
-PredV VecF16AcGEVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, absolute_greater_or_equal<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF32AcGEVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<single_bits, absolute_greater_or_equal<single_bits>>(pg, zn, zm, context);
-}
-PredV VecD64AcGEVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<double_bits, absolute_greater_or_equal<double_bits>>(pg, zn, zm, context);
-}
+COMPARE_WITH_ZERO(VecF16CmpNEV0Z, half_bits, unequal)
+COMPARE_WITH_ZERO(VecF32CmpNEV0Z, single_bits, unequal)
+COMPARE_WITH_ZERO(VecD64CmpNEV0Z, double_bits, unequal)
+#undef COMPARE_WITH_ZERO
 
-PredV VecF16AcGTVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<half_bits, absolute_greater<half_bits>>(pg, zn, zm, context);
-}
-PredV VecF32AcGTVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<single_bits, absolute_greater<single_bits>>(pg, zn, zm, context);
-}
-PredV VecD64AcGTVVZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare<double_bits, absolute_greater<double_bits>>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecF16AcGEVVZ, compare<half_bits, absolute_greater_or_equal<half_bits>>)
+COMPARING_PRIMITIVE(VecF32AcGEVVZ, compare<single_bits, absolute_greater_or_equal<single_bits>>)
+COMPARING_PRIMITIVE(VecD64AcGEVVZ, compare<double_bits, absolute_greater_or_equal<double_bits>>)
+
+COMPARING_PRIMITIVE(VecF16AcGTVVZ, compare<half_bits, absolute_greater<half_bits>>)
+COMPARING_PRIMITIVE(VecF32AcGTVVZ, compare<single_bits, absolute_greater<single_bits>>)
+COMPARING_PRIMITIVE(VecD64AcGTVVZ, compare<double_bits, absolute_greater<double_bits>>)

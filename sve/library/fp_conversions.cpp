@@ -1,6 +1,7 @@
 #include "sve/library/fp_conversions.h"
 
 #include "sve/fp/fp_convert.h"
+#include "sve/library/primitive_definitions.h"
 
 #include <type_traits>
 
@@ -46,86 +47,32 @@ static VecV from_integer(const VecV& zd, const PredV& pg, const VecV& zn, CpuCon
     });
 }
 
-VecV VecH32TruncFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<single_bits, half_bits>(zd, pg, zn, context);
-}
-VecV VecH64TruncDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<double_bits, half_bits>(zd, pg, zn, context);
-}
-VecV VecF64TruncDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<double_bits, single_bits>(zd, pg, zn, context);
-}
-VecV VecF32ExtndHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<half_bits, single_bits>(zd, pg, zn, context);
-}
-VecV VecD64ExtndHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<half_bits, double_bits>(zd, pg, zn, context);
-}
-VecV VecD64ExtndFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return convert<single_bits, double_bits>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecH32TruncFVM, convert<single_bits, half_bits>)
+MERGING_PRIMITIVE(VecH64TruncDVM, convert<double_bits, half_bits>)
+MERGING_PRIMITIVE(VecF64TruncDVM, convert<double_bits, single_bits>)
+MERGING_PRIMITIVE(VecF32ExtndHVM, convert<half_bits, single_bits>)
+MERGING_PRIMITIVE(VecD64ExtndHVM, convert<half_bits, double_bits>)
+MERGING_PRIMITIVE(VecD64ExtndFVM, convert<single_bits, double_bits>)
 
-VecV VecS16_2FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::int16_t>(zd, pg, zn, context);
-}
-VecV VecU16_2FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::uint16_t>(zd, pg, zn, context);
-}
-VecV VecS32_4FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::int32_t>(zd, pg, zn, context);
-}
-VecV VecU32_4FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecS64_8FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::int64_t>(zd, pg, zn, context);
-}
-VecV VecU64_8FromHVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<half_bits, std::uint64_t>(zd, pg, zn, context);
-}
-VecV VecS32_4FromFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<single_bits, std::int32_t>(zd, pg, zn, context);
-}
-VecV VecU32_4FromFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<single_bits, std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecS64_8FromFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<single_bits, std::int64_t>(zd, pg, zn, context);
-}
-VecV VecU64_8FromFVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<single_bits, std::uint64_t>(zd, pg, zn, context);
-}
-VecV VecS64_4FromDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<double_bits, std::int32_t>(zd, pg, zn, context);
-}
-VecV VecU64_4FromDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<double_bits, std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecS64_8FromDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<double_bits, std::int64_t>(zd, pg, zn, context);
-}
-VecV VecU64_8FromDVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return to_integer<double_bits, std::uint64_t>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecS16_2FromHVM, to_integer<half_bits, std::int16_t>)
+MERGING_PRIMITIVE(VecU16_2FromHVM, to_integer<half_bits, std::uint16_t>)
+MERGING_PRIMITIVE(VecS32_4FromHVM, to_integer<half_bits, std::int32_t>)
+MERGING_PRIMITIVE(VecU32_4FromHVM, to_integer<half_bits, std::uint32_t>)
+MERGING_PRIMITIVE(VecS64_8FromHVM, to_integer<half_bits, std::int64_t>)
+MERGING_PRIMITIVE(VecU64_8FromHVM, to_integer<half_bits, std::uint64_t>)
+MERGING_PRIMITIVE(VecS32_4FromFVM, to_integer<single_bits, std::int32_t>)
+MERGING_PRIMITIVE(VecU32_4FromFVM, to_integer<single_bits, std::uint32_t>)
+MERGING_PRIMITIVE(VecS64_8FromFVM, to_integer<single_bits, std::int64_t>)
+MERGING_PRIMITIVE(VecU64_8FromFVM, to_integer<single_bits, std::uint64_t>)
+MERGING_PRIMITIVE(VecS64_4FromDVM, to_integer<double_bits, std::int32_t>)
+MERGING_PRIMITIVE(VecU64_4FromDVM, to_integer<double_bits, std::uint32_t>)
+MERGING_PRIMITIVE(VecS64_8FromDVM, to_integer<double_bits, std::int64_t>)
+MERGING_PRIMITIVE(VecU64_8FromDVM, to_integer<double_bits, std::uint64_t>)
 
-VecV VecF16FromS2VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::int16_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF16FromU2VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::uint16_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF16FromS4VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::int32_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF16FromU4VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::uint32_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF16FromS8VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::int64_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF16FromU8VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::uint64_t, half_bits>(zd, pg, zn, context);
-}
-VecV VecF64FromU8VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return from_integer<std::uint64_t, single_bits>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecF16FromS2VM, from_integer<std::int16_t, half_bits>)
+MERGING_PRIMITIVE(VecF16FromU2VM, from_integer<std::uint16_t, half_bits>)
+MERGING_PRIMITIVE(VecF16FromS4VM, from_integer<std::int32_t, half_bits>)
+MERGING_PRIMITIVE(VecF16FromU4VM, from_integer<std::uint32_t, half_bits>)
+MERGING_PRIMITIVE(VecF16FromS8VM, from_integer<std::int64_t, half_bits>)
+MERGING_PRIMITIVE(VecF16FromU8VM, from_integer<std::uint64_t, half_bits>)
+MERGING_PRIMITIVE(VecF64FromU8VM, from_integer<std::uint64_t, single_bits>)

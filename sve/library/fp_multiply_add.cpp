@@ -54,106 +54,69 @@ static VecV multiply_indexed(const VecV& zn, const VecV& zm, int index, CpuConte
     });
 }
 
-VecV VecF16FMAVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<half_bits, negated::nothing>(zda, pg, zn, zm, context);
-}
-VecV VecF32FMAVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<single_bits, negated::nothing>(zda, pg, zn, zm, context);
-}
-VecV VecD64FMAVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<double_bits, negated::nothing>(zda, pg, zn, zm, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define ACCUMULATE(name, bits, what)                                                                         \
+    VecV name(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {       \
+        return accumulate<bits, negated::what>(zda, pg, zn, zm, context);                                    \
+    }
 
-VecV VecF16FMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<half_bits, negated::product>(zda, pg, zn, zm, context);
-}
-VecV VecF32FMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<single_bits, negated::product>(zda, pg, zn, zm, context);
-}
-VecV VecD64FMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<double_bits, negated::product>(zda, pg, zn, zm, context);
-}
+ACCUMULATE(VecF16FMAVVVM, half_bits, nothing)
+ACCUMULATE(VecF32FMAVVVM, single_bits, nothing)
+ACCUMULATE(VecD64FMAVVVM, double_bits, nothing)
 
-VecV VecF16FNMAVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<half_bits, negated::both>(zda, pg, zn, zm, context);
-}
+ACCUMULATE(VecF16FMSVVVM, half_bits, product)
+ACCUMULATE(VecF32FMSVVVM, single_bits, product)
+ACCUMULATE(VecD64FMSVVVM, double_bits, product)
 
-VecV VecF16FNMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<half_bits, negated::addend>(zda, pg, zn, zm, context);
-}
-VecV VecF32FNMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<single_bits, negated::addend>(zda, pg, zn, zm, context);
-}
-VecV VecD64FNMSVVVM(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return accumulate<double_bits, negated::addend>(zda, pg, zn, zm, context);
-}
+ACCUMULATE(VecF16FNMAVVVM, half_bits, both)
 
-VecV VecF16FMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<half_bits, negated::nothing>(zdn, pg, zm, za, context);
-}
-VecV VecF32FMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<single_bits, negated::nothing>(zdn, pg, zm, za, context);
-}
-VecV VecD64FMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<double_bits, negated::nothing>(zdn, pg, zm, za, context);
-}
+ACCUMULATE(VecF16FNMSVVVM, half_bits, addend)
+ACCUMULATE(VecF32FNMSVVVM, single_bits, addend)
+ACCUMULATE(VecD64FNMSVVVM, double_bits, addend)
+#undef ACCUMULATE
 
-VecV VecF16FMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<half_bits, negated::product>(zdn, pg, zm, za, context);
-}
-VecV VecF32FMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<single_bits, negated::product>(zdn, pg, zm, za, context);
-}
-VecV VecD64FMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<double_bits, negated::product>(zdn, pg, zm, za, context);
-}
+#define MULTIPLY(name, bits, what)                                                                           \
+    VecV name(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {       \
+        return multiply<bits, negated::what>(zdn, pg, zm, za, context);                                      \
+    }
 
-VecV VecF16FNMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<half_bits, negated::both>(zdn, pg, zm, za, context);
-}
-VecV VecF32FNMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<single_bits, negated::both>(zdn, pg, zm, za, context);
-}
-VecV VecD64FNMADDVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<double_bits, negated::both>(zdn, pg, zm, za, context);
-}
+MULTIPLY(VecF16FMADDVVVM, half_bits, nothing)
+MULTIPLY(VecF32FMADDVVVM, single_bits, nothing)
+MULTIPLY(VecD64FMADDVVVM, double_bits, nothing)
 
-VecV VecF16FNMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<half_bits, negated::addend>(zdn, pg, zm, za, context);
-}
-VecV VecF32FNMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<single_bits, negated::addend>(zdn, pg, zm, za, context);
-}
-VecV VecD64FNMSUBVVVM(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
-    return multiply<double_bits, negated::addend>(zdn, pg, zm, za, context);
-}
+MULTIPLY(VecF16FMSUBVVVM, half_bits, product)
+MULTIPLY(VecF32FMSUBVVVM, single_bits, product)
+MULTIPLY(VecD64FMSUBVVVM, double_bits, product)
 
-VecV VecF16FMAVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<half_bits, negated::nothing>(zda, zn, zm, index, context);
-}
-VecV VecF32FMAVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<single_bits, negated::nothing>(zda, zn, zm, index, context);
-}
-VecV VecD64FMAVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<double_bits, negated::nothing>(zda, zn, zm, index, context);
-}
+MULTIPLY(VecF16FNMADDVVVM, half_bits, both)
+MULTIPLY(VecF32FNMADDVVVM, single_bits, both)
+MULTIPLY(VecD64FNMADDVVVM, double_bits, both)
 
-VecV VecF16FMSVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<half_bits, negated::product>(zda, zn, zm, index, context);
-}
-VecV VecF32FMSVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<single_bits, negated::product>(zda, zn, zm, index, context);
-}
-VecV VecD64FMSVVVIX(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return accumulate_indexed<double_bits, negated::product>(zda, zn, zm, index, context);
-}
+MULTIPLY(VecF16FNMSUBVVVM, half_bits, addend)
+MULTIPLY(VecF32FNMSUBVVVM, single_bits, addend)
+MULTIPLY(VecD64FNMSUBVVVM, double_bits, addend)
+#undef MULTIPLY
 
-VecV VecF16MulVVIX(const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return multiply_indexed<half_bits>(zn, zm, index, context);
-}
-VecV VecF32MulVVIX(const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return multiply_indexed<single_bits>(zn, zm, index, context);
-}
-VecV VecD64MulVVIX(const VecV& zn, const VecV& zm, int index, CpuContext* context) {
-    return multiply_indexed<double_bits>(zn, zm, index, context);
-}
+#define ACCUMULATE_INDEXED(name, bits, what)                                                                 \
+    VecV name(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {             \
+        return accumulate_indexed<bits, negated::what>(zda, zn, zm, index, context);                         \
+    }
+
+ACCUMULATE_INDEXED(VecF16FMAVVVIX, half_bits, nothing)
+ACCUMULATE_INDEXED(VecF32FMAVVVIX, single_bits, nothing)
+ACCUMULATE_INDEXED(VecD64FMAVVVIX, double_bits, nothing)
+
+ACCUMULATE_INDEXED(VecF16FMSVVVIX, half_bits, product)
+ACCUMULATE_INDEXED(VecF32FMSVVVIX, single_bits, product)
+ACCUMULATE_INDEXED(VecD64FMSVVVIX, double_bits, product)
+#undef ACCUMULATE_INDEXED
+
+#define MULTIPLY_INDEXED(name, bits)                                                                         \
+    VecV name(const VecV& zn, const VecV& zm, int index, CpuContext* context) {                              \
+        return multiply_indexed<bits>(zn, zm, index, context);                                               \
+    }
+
+MULTIPLY_INDEXED(VecF16MulVVIX, half_bits)
+MULTIPLY_INDEXED(VecF32MulVVIX, single_bits)
+MULTIPLY_INDEXED(VecD64MulVVIX, double_bits)
+#undef MULTIPLY_INDEXED

@@ -34,50 +34,34 @@ static Bits add_in_order(const PredV& pg, Bits sum, const VecV& zm, CpuContext* 
 template <class Bits>
 static constexpr Bits minus_infinity = FPFormat<Bits>::infinity | FPFormat<Bits>::sign_bit;
 
-half_bits VecF16AddReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<half_bits, FPAdd<half_bits>>(pg, zn, 0, context);
-}
-single_bits VecF32AddReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<single_bits, FPAdd<single_bits>>(pg, zn, 0, context);
-}
-double_bits VecD64AddReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<double_bits, FPAdd<double_bits>>(pg, zn, 0, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define REDUCTION(name, bits, kernel, identity)                                                              \
+    bits name(const PredV& pg, const VecV& zn, CpuContext* context) {                                        \
+        return reduce<bits, kernel<bits>>(pg, zn, identity, context);                                        \
+    }
 
-half_bits VecF16MaxReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<half_bits, FPMax<half_bits>>(pg, zn, minus_infinity<half_bits>, context);
-}
-single_bits VecF32MaxReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<single_bits, FPMax<single_bits>>(pg, zn, minus_infinity<single_bits>, context);
-}
-double_bits VecD64MaxReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<double_bits, FPMax<double_bits>>(pg, zn, minus_infinity<double_bits>, context);
-}
+REDUCTION(VecF16AddReduceFV, half_bits, FPAdd, 0)
+REDUCTION(VecF32AddReduceFV, single_bits, FPAdd, 0)
+REDUCTION(VecD64AddReduceFV, double_bits, FPAdd, 0)
 
-half_bits VecF16MinReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<half_bits, FPMin<half_bits>>(pg, zn, FPFormat<half_bits>::infinity, context);
-}
-single_bits VecF32MinReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<single_bits, FPMin<single_bits>>(pg, zn, FPFormat<single_bits>::infinity, context);
-}
-double_bits VecD64MinReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<double_bits, FPMin<double_bits>>(pg, zn, FPFormat<double_bits>::infinity, context);
-}
+REDUCTION(VecF16MaxReduceFV, half_bits, FPMax, minus_infinity<half_bits>)
+REDUCTION(VecF32MaxReduceFV, single_bits, FPMax, minus_infinity<single_bits>)
+REDUCTION(VecD64MaxReduceFV, double_bits, FPMax, minus_infinity<double_bits>)
 
-half_bits VecF16MaxNumReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<half_bits, FPMaxNum<half_bits>>(pg, zn, FPFormat<half_bits>::default_nan, context);
-}
+REDUCTION(VecF16MinReduceFV, half_bits, FPMin, FPFormat<half_bits>::infinity)
+REDUCTION(VecF32MinReduceFV, single_bits, FPMin, FPFormat<single_bits>::infinity)
+REDUCTION(VecD64MinReduceFV, double_bits, FPMin, FPFormat<double_bits>::infinity)
 
-half_bits VecF16MinNumReduceFV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reduce<half_bits, FPMinNum<half_bits>>(pg, zn, FPFormat<half_bits>::default_nan, context);
-}
+REDUCTION(VecF16MaxNumReduceFV, half_bits, FPMaxNum, FPFormat<half_bits>::default_nan)
+REDUCTION(VecF16MinNumReduceFV, half_bits, FPMinNum, FPFormat<half_bits>::default_nan)
+#undef REDUCTION
 
-half_bits VecF16AddReduceAV(const PredV& pg, half_bits initial, const VecV& zm, CpuContext* context) {
-    return add_in_order<half_bits>(pg, initial, zm, context);
-}
-single_bits VecF32AddReduceAV(const PredV& pg, single_bits initial, const VecV& zm, CpuContext* context) {
-    return add_in_order<single_bits>(pg, initial, zm, context);
-}
-double_bits VecD64AddReduceAV(const PredV& pg, double_bits initial, const VecV& zm, CpuContext* context) {
-    return add_in_order<double_bits>(pg, initial, zm, context);
-}
+#define ADDITION_IN_ORDER(name, bits)                                                                        \
+    bits name(const PredV& pg, bits initial, const VecV& zm, CpuContext* context) {                          \
+        return add_in_order<bits>(pg, initial, zm, context);                                                 \
+    }
+
+ADDITION_IN_ORDER(VecF16AddReduceAV, half_bits)
+ADDITION_IN_ORDER(VecF32AddReduceAV, single_bits)
+ADDITION_IN_ORDER(VecD64AddReduceAV, double_bits)
+#undef ADDITION_IN_ORDER

@@ -2,6 +2,7 @@
 
 #include "sve/fp/fp_arithmetic.h"
 #include "sve/fp/fp_trigonometry.h"
+#include "sve/library/primitive_definitions.h"
 
 template <class Bits>
 static VecV multiply_add_coefficient(const VecV& zdn, const VecV& zm, unsigned index, CpuContext* context) {
@@ -35,26 +36,14 @@ VecV VecD64TRIMADDVVI(const VecV& zdn, const VecV& zm, unsigned index, CpuContex
     return multiply_add_coefficient<double_bits>(zdn, zm, index, context);
 }
 
-VecV VecF16TRISMULVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<half_bits, FPTRISMUL<half_bits>>(zn, zm, context);
-}
-VecV VecF32TRISMULVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<single_bits, FPTRISMUL<single_bits>>(zn, zm, context);
-}
-VecV VecD64TRISMULVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return fp_map<double_bits, FPTRISMUL<double_bits>>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecF16TRISMULVV, fp_map<half_bits, FPTRISMUL<half_bits>>)
+VECTOR_PRIMITIVE(VecF32TRISMULVV, fp_map<single_bits, FPTRISMUL<single_bits>>)
+VECTOR_PRIMITIVE(VecD64TRISMULVV, fp_map<double_bits, FPTRISMUL<double_bits>>)
 
-VecV VecF16TRISSELVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return select<half_bits>(zn, zm, context);
-}
-VecV VecF32TRISSELVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return select<single_bits>(zn, zm, context);
-}
-VecV VecD64TRISSELVV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return select<double_bits>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecF16TRISSELVV, select<half_bits>)
+VECTOR_PRIMITIVE(VecF32TRISSELVV, select<single_bits>)
+VECTOR_PRIMITIVE(VecD64TRISSELVV, select<double_bits>)
 
-VecV VecF16EXPAV(const VecV& zn, CpuContext* context) { return exponential<half_bits>(zn, context); }
-VecV VecF32EXPAV(const VecV& zn, CpuContext* context) { return exponential<single_bits>(zn, context); }
-VecV VecD64EXPAV(const VecV& zn, CpuContext* context) { return exponential<double_bits>(zn, context); }
+UNARY_PRIMITIVE(VecF16EXPAV, exponential<half_bits>)
+UNARY_PRIMITIVE(VecF32EXPAV, exponential<single_bits>)
+UNARY_PRIMITIVE(VecD64EXPAV, exponential<double_bits>)

@@ -2,6 +2,7 @@
 
 #include "sve/library/chunk_loops.h"
 #include "sve/library/half_elements.h"
+#include "sve/library/primitive_definitions.h"
 
 template <class Element>
 static VecV reversed_subtract(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
@@ -60,128 +61,55 @@ template <class Element> static VecV minimum(const VecV& zdn, Element immediate,
     });
 }
 
-VecV VecU8SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_subtract<std::uint8_t>(zdn, pg, zm, context);
-}
-VecV VecU16SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_subtract<std::uint16_t>(zdn, pg, zm, context);
-}
-VecV VecU32SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_subtract<std::uint32_t>(zdn, pg, zm, context);
-}
-VecV VecU64SubRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_subtract<std::uint64_t>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecU8SubRVVM, reversed_subtract<std::uint8_t>)
+MERGING_PRIMITIVE(VecU16SubRVVM, reversed_subtract<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32SubRVVM, reversed_subtract<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64SubRVVM, reversed_subtract<std::uint64_t>)
 
-VecV VecS8AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::int8_t>(zdn, pg, zm, context);
-}
-VecV VecS16AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::int16_t>(zdn, pg, zm, context);
-}
-VecV VecS32AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::int32_t>(zdn, pg, zm, context);
-}
-VecV VecS64AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::int64_t>(zdn, pg, zm, context);
-}
-VecV VecU8AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::uint8_t>(zdn, pg, zm, context);
-}
-VecV VecU16AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::uint16_t>(zdn, pg, zm, context);
-}
-VecV VecU32AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::uint32_t>(zdn, pg, zm, context);
-}
-VecV VecU64AbdVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return absolute_difference<std::uint64_t>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecS8AbdVVM, absolute_difference<std::int8_t>)
+MERGING_PRIMITIVE(VecS16AbdVVM, absolute_difference<std::int16_t>)
+MERGING_PRIMITIVE(VecS32AbdVVM, absolute_difference<std::int32_t>)
+MERGING_PRIMITIVE(VecS64AbdVVM, absolute_difference<std::int64_t>)
+MERGING_PRIMITIVE(VecU8AbdVVM, absolute_difference<std::uint8_t>)
+MERGING_PRIMITIVE(VecU16AbdVVM, absolute_difference<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32AbdVVM, absolute_difference<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64AbdVVM, absolute_difference<std::uint64_t>)
 
-VecV VecS8MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::int8_t>(zdn, pg, zm, context);
-}
-VecV VecS16MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::int16_t>(zdn, pg, zm, context);
-}
-VecV VecS32MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::int32_t>(zdn, pg, zm, context);
-}
-VecV VecS64MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::int64_t>(zdn, pg, zm, context);
-}
-VecV VecU8MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::uint8_t>(zdn, pg, zm, context);
-}
-VecV VecU16MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::uint16_t>(zdn, pg, zm, context);
-}
-VecV VecU32MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::uint32_t>(zdn, pg, zm, context);
-}
-VecV VecU64MulHVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return multiply_high<std::uint64_t>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecS8MulHVVM, multiply_high<std::int8_t>)
+MERGING_PRIMITIVE(VecS16MulHVVM, multiply_high<std::int16_t>)
+MERGING_PRIMITIVE(VecS32MulHVVM, multiply_high<std::int32_t>)
+MERGING_PRIMITIVE(VecS64MulHVVM, multiply_high<std::int64_t>)
+MERGING_PRIMITIVE(VecU8MulHVVM, multiply_high<std::uint8_t>)
+MERGING_PRIMITIVE(VecU16MulHVVM, multiply_high<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32MulHVVM, multiply_high<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64MulHVVM, multiply_high<std::uint64_t>)
 
-VecV VecU8SubRVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
-    return reversed_subtract<std::uint8_t>(zdn, immediate, context);
-}
-VecV VecU16SubRVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
-    return reversed_subtract<std::uint16_t>(zdn, immediate, context);
-}
-VecV VecU32SubRVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
-    return reversed_subtract<std::uint32_t>(zdn, immediate, context);
-}
-VecV VecU64SubRVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
-    return reversed_subtract<std::uint64_t>(zdn, immediate, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define IMMEDIATE_PRIMITIVE(name, element, function)                                                         \
+    VecV name(const VecV& zdn, element immediate, CpuContext* context) {                                     \
+        return function<element>(zdn, immediate, context);                                                   \
+    }
 
-VecV VecS8MaxVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
-    return maximum<std::int8_t>(zdn, immediate, context);
-}
-VecV VecS16MaxVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
-    return maximum<std::int16_t>(zdn, immediate, context);
-}
-VecV VecS32MaxVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
-    return maximum<std::int32_t>(zdn, immediate, context);
-}
-VecV VecS64MaxVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
-    return maximum<std::int64_t>(zdn, immediate, context);
-}
-VecV VecU8MaxVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
-    return maximum<std::uint8_t>(zdn, immediate, context);
-}
-VecV VecU16MaxVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
-    return maximum<std::uint16_t>(zdn, immediate, context);
-}
-VecV VecU32MaxVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
-    return maximum<std::uint32_t>(zdn, immediate, context);
-}
-VecV VecU64MaxVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
-    return maximum<std::uint64_t>(zdn, immediate, context);
-}
+IMMEDIATE_PRIMITIVE(VecU8SubRVIX, std::uint8_t, reversed_subtract)
+IMMEDIATE_PRIMITIVE(VecU16SubRVIX, std::uint16_t, reversed_subtract)
+IMMEDIATE_PRIMITIVE(VecU32SubRVIX, std::uint32_t, reversed_subtract)
+IMMEDIATE_PRIMITIVE(VecU64SubRVIX, std::uint64_t, reversed_subtract)
 
-VecV VecS8MinVIX(const VecV& zdn, std::int8_t immediate, CpuContext* context) {
-    return minimum<std::int8_t>(zdn, immediate, context);
-}
-VecV VecS16MinVIX(const VecV& zdn, std::int16_t immediate, CpuContext* context) {
-    return minimum<std::int16_t>(zdn, immediate, context);
-}
-VecV VecS32MinVIX(const VecV& zdn, std::int32_t immediate, CpuContext* context) {
-    return minimum<std::int32_t>(zdn, immediate, context);
-}
-VecV VecS64MinVIX(const VecV& zdn, std::int64_t immediate, CpuContext* context) {
-    return minimum<std::int64_t>(zdn, immediate, context);
-}
-VecV VecU8MinVIX(const VecV& zdn, std::uint8_t immediate, CpuContext* context) {
-    return minimum<std::uint8_t>(zdn, immediate, context);
-}
-VecV VecU16MinVIX(const VecV& zdn, std::uint16_t immediate, CpuContext* context) {
-    return minimum<std::uint16_t>(zdn, immediate, context);
-}
-VecV VecU32MinVIX(const VecV& zdn, std::uint32_t immediate, CpuContext* context) {
-    return minimum<std::uint32_t>(zdn, immediate, context);
-}
-VecV VecU64MinVIX(const VecV& zdn, std::uint64_t immediate, CpuContext* context) {
-    return minimum<std::uint64_t>(zdn, immediate, context);
-}
+IMMEDIATE_PRIMITIVE(VecS8MaxVIX, std::int8_t, maximum)
+IMMEDIATE_PRIMITIVE(VecS16MaxVIX, std::int16_t, maximum)
+IMMEDIATE_PRIMITIVE(VecS32MaxVIX, std::int32_t, maximum)
+IMMEDIATE_PRIMITIVE(VecS64MaxVIX, std::int64_t, maximum)
+IMMEDIATE_PRIMITIVE(VecU8MaxVIX, std::uint8_t, maximum)
+IMMEDIATE_PRIMITIVE(VecU16MaxVIX, std::uint16_t, maximum)
+IMMEDIATE_PRIMITIVE(VecU32MaxVIX, std::uint32_t, maximum)
+IMMEDIATE_PRIMITIVE(VecU64MaxVIX, std::uint64_t, maximum)
+
+IMMEDIATE_PRIMITIVE(VecS8MinVIX, std::int8_t, minimum)
+IMMEDIATE_PRIMITIVE(VecS16MinVIX, std::int16_t, minimum)
+IMMEDIATE_PRIMITIVE(VecS32MinVIX, std::int32_t, minimum)
+IMMEDIATE_PRIMITIVE(VecS64MinVIX, std::int64_t, minimum)
+IMMEDIATE_PRIMITIVE(VecU8MinVIX, std::uint8_t, minimum)
+IMMEDIATE_PRIMITIVE(VecU16MinVIX, std::uint16_t, minimum)
+IMMEDIATE_PRIMITIVE(VecU32MinVIX, std::uint32_t, minimum)
+IMMEDIATE_PRIMITIVE(VecU64MinVIX, std::uint64_t, minimum)
+#undef IMMEDIATE_PRIMITIVE

@@ -3,6 +3,7 @@
 #include "sve/library/chunk_loops.h"
 #include "sve/library/element_loops.h"
 #include "sve/library/predicate_flags.h"
+#include "sve/library/primitive_definitions.h"
 
 #include <functional>
 #include <type_traits>
@@ -56,135 +57,58 @@ using less_or_equal = std::less_equal<>;
 
 } // namespace
 
-PredV VecS8CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::int8_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecS16CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::int16_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecS32CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::int32_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecS64CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::int64_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU8CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::uint8_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU8CmpFlgLEVIZ(const PredV& pg, const VecV& zn, std::uint8_t immediate, CpuContext* context) {
-    return compare_immediate<less_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU16CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::uint16_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU16CmpFlgLEVIZ(const PredV& pg, const VecV& zn, std::uint16_t immediate, CpuContext* context) {
-    return compare_immediate<less_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU32CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::uint32_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU32CmpFlgLEVIZ(const PredV& pg, const VecV& zn, std::uint32_t immediate, CpuContext* context) {
-    return compare_immediate<less_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU64CmpFlgGEVIZ(const PredV& pg, const VecV& zn, std::uint64_t immediate, CpuContext* context) {
-    return compare_immediate<greater_or_equal>(pg, zn, immediate, context);
-}
-PredV VecU64CmpFlgLEVIZ(const PredV& pg, const VecV& zn, std::uint64_t immediate, CpuContext* context) {
-    return compare_immediate<less_or_equal>(pg, zn, immediate, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define IMMEDIATE_COMPARE(name, element, relation)                                                           \
+    PredV name(const PredV& pg, const VecV& zn, element immediate, CpuContext* context) {                    \
+        return compare_immediate<relation>(pg, zn, immediate, context);                                      \
+    }
 
-PredV VecS8CmpFlgEQVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, equal>(pg, zn, zm, context);
-}
-PredV VecS8CmpFlgNEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, not_equal>(pg, zn, zm, context);
-}
-PredV VecS8CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecS8CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, greater>(pg, zn, zm, context);
-}
-PredV VecS8CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, less>(pg, zn, zm, context);
-}
-PredV VecS8CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int8_t, less_or_equal>(pg, zn, zm, context);
-}
+IMMEDIATE_COMPARE(VecS8CmpFlgGEVIZ, std::int8_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecS16CmpFlgGEVIZ, std::int16_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecS32CmpFlgGEVIZ, std::int32_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecS64CmpFlgGEVIZ, std::int64_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecU8CmpFlgGEVIZ, std::uint8_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecU8CmpFlgLEVIZ, std::uint8_t, less_or_equal)
+IMMEDIATE_COMPARE(VecU16CmpFlgGEVIZ, std::uint16_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecU16CmpFlgLEVIZ, std::uint16_t, less_or_equal)
+IMMEDIATE_COMPARE(VecU32CmpFlgGEVIZ, std::uint32_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecU32CmpFlgLEVIZ, std::uint32_t, less_or_equal)
+IMMEDIATE_COMPARE(VecU64CmpFlgGEVIZ, std::uint64_t, greater_or_equal)
+IMMEDIATE_COMPARE(VecU64CmpFlgLEVIZ, std::uint64_t, less_or_equal)
+#undef IMMEDIATE_COMPARE
 
-PredV VecS16CmpFlgEQVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, equal>(pg, zn, zm, context);
-}
-PredV VecS16CmpFlgNEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, not_equal>(pg, zn, zm, context);
-}
-PredV VecS16CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecS16CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, greater>(pg, zn, zm, context);
-}
-PredV VecS16CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, less>(pg, zn, zm, context);
-}
-PredV VecS16CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int16_t, less_or_equal>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecS8CmpFlgEQVWZ, compare_wide<std::int8_t, equal>)
+COMPARING_PRIMITIVE(VecS8CmpFlgNEVWZ, compare_wide<std::int8_t, not_equal>)
+COMPARING_PRIMITIVE(VecS8CmpFlgGEVWZ, compare_wide<std::int8_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecS8CmpFlgGTVWZ, compare_wide<std::int8_t, greater>)
+COMPARING_PRIMITIVE(VecS8CmpFlgLTVWZ, compare_wide<std::int8_t, less>)
+COMPARING_PRIMITIVE(VecS8CmpFlgLEVWZ, compare_wide<std::int8_t, less_or_equal>)
 
-PredV VecS32CmpFlgEQVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, equal>(pg, zn, zm, context);
-}
-PredV VecS32CmpFlgNEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, not_equal>(pg, zn, zm, context);
-}
-PredV VecS32CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecS32CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, greater>(pg, zn, zm, context);
-}
-PredV VecS32CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, less>(pg, zn, zm, context);
-}
-PredV VecS32CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::int32_t, less_or_equal>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecS16CmpFlgEQVWZ, compare_wide<std::int16_t, equal>)
+COMPARING_PRIMITIVE(VecS16CmpFlgNEVWZ, compare_wide<std::int16_t, not_equal>)
+COMPARING_PRIMITIVE(VecS16CmpFlgGEVWZ, compare_wide<std::int16_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecS16CmpFlgGTVWZ, compare_wide<std::int16_t, greater>)
+COMPARING_PRIMITIVE(VecS16CmpFlgLTVWZ, compare_wide<std::int16_t, less>)
+COMPARING_PRIMITIVE(VecS16CmpFlgLEVWZ, compare_wide<std::int16_t, less_or_equal>)
 
-PredV VecU8CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint8_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecU8CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint8_t, greater>(pg, zn, zm, context);
-}
-PredV VecU8CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint8_t, less>(pg, zn, zm, context);
-}
-PredV VecU8CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint8_t, less_or_equal>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecS32CmpFlgEQVWZ, compare_wide<std::int32_t, equal>)
+COMPARING_PRIMITIVE(VecS32CmpFlgNEVWZ, compare_wide<std::int32_t, not_equal>)
+COMPARING_PRIMITIVE(VecS32CmpFlgGEVWZ, compare_wide<std::int32_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecS32CmpFlgGTVWZ, compare_wide<std::int32_t, greater>)
+COMPARING_PRIMITIVE(VecS32CmpFlgLTVWZ, compare_wide<std::int32_t, less>)
+COMPARING_PRIMITIVE(VecS32CmpFlgLEVWZ, compare_wide<std::int32_t, less_or_equal>)
 
-PredV VecU16CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint16_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecU16CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint16_t, greater>(pg, zn, zm, context);
-}
-PredV VecU16CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint16_t, less>(pg, zn, zm, context);
-}
-PredV VecU16CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint16_t, less_or_equal>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecU8CmpFlgGEVWZ, compare_wide<std::uint8_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecU8CmpFlgGTVWZ, compare_wide<std::uint8_t, greater>)
+COMPARING_PRIMITIVE(VecU8CmpFlgLTVWZ, compare_wide<std::uint8_t, less>)
+COMPARING_PRIMITIVE(VecU8CmpFlgLEVWZ, compare_wide<std::uint8_t, less_or_equal>)
 
-PredV VecU32CmpFlgGEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint32_t, greater_or_equal>(pg, zn, zm, context);
-}
-PredV VecU32CmpFlgGTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint32_t, greater>(pg, zn, zm, context);
-}
-PredV VecU32CmpFlgLTVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint32_t, less>(pg, zn, zm, context);
-}
-PredV VecU32CmpFlgLEVWZ(const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
-    return compare_wide<std::uint32_t, less_or_equal>(pg, zn, zm, context);
-}
+COMPARING_PRIMITIVE(VecU16CmpFlgGEVWZ, compare_wide<std::uint16_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecU16CmpFlgGTVWZ, compare_wide<std::uint16_t, greater>)
+COMPARING_PRIMITIVE(VecU16CmpFlgLTVWZ, compare_wide<std::uint16_t, less>)
+COMPARING_PRIMITIVE(VecU16CmpFlgLEVWZ, compare_wide<std::uint16_t, less_or_equal>)
+
+COMPARING_PRIMITIVE(VecU32CmpFlgGEVWZ, compare_wide<std::uint32_t, greater_or_equal>)
+COMPARING_PRIMITIVE(VecU32CmpFlgGTVWZ, compare_wide<std::uint32_t, greater>)
+COMPARING_PRIMITIVE(VecU32CmpFlgLTVWZ, compare_wide<std::uint32_t, less>)
+COMPARING_PRIMITIVE(VecU32CmpFlgLEVWZ, compare_wide<std::uint32_t, less_or_equal>)

@@ -3,6 +3,7 @@
 #include "sve/library/chunk_loops.h"
 #include "sve/library/half_elements.h"
 #include "sve/library/predicate_flags.h"
+#include "sve/library/primitive_definitions.h"
 
 namespace {
 
@@ -61,31 +62,22 @@ template <class Narrow, class Element, vector_half half> VecV unpack(const VecV&
 
 } // namespace
 
-VecV VecU8Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return transpose_even<std::uint8_t>(zn, zm, context);
-}
-VecV VecU16Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return transpose_even<std::uint16_t>(zn, zm, context);
-}
-VecV VecU32Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return transpose_even<std::uint32_t>(zn, zm, context);
-}
-VecV VecU64Trn1VV(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return transpose_even<std::uint64_t>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecU8Trn1VV, transpose_even<std::uint8_t>)
+VECTOR_PRIMITIVE(VecU16Trn1VV, transpose_even<std::uint16_t>)
+VECTOR_PRIMITIVE(VecU32Trn1VV, transpose_even<std::uint32_t>)
+VECTOR_PRIMITIVE(VecU64Trn1VV, transpose_even<std::uint64_t>)
 
-VecV VecU8SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return splice<std::uint8_t>(pg, zdn, zm, context);
-}
-VecV VecU16SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return splice<std::uint16_t>(pg, zdn, zm, context);
-}
-VecV VecU32SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return splice<std::uint32_t>(pg, zdn, zm, context);
-}
-VecV VecU64SpliceVV(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    return splice<std::uint64_t>(pg, zdn, zm, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define SPLICE(name, element)                                                                                \
+    VecV name(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {                       \
+        return splice<element>(pg, zdn, zm, context);                                                        \
+    }
+
+SPLICE(VecU8SpliceVV, std::uint8_t)
+SPLICE(VecU16SpliceVV, std::uint16_t)
+SPLICE(VecU32SpliceVV, std::uint32_t)
+SPLICE(VecU64SpliceVV, std::uint64_t)
+#undef SPLICE
 
 VecV VecU32CompressVV(const PredV& pg, const VecV& zn, CpuContext* context) {
     return compress<std::uint32_t>(pg, zn, context);
@@ -94,15 +86,7 @@ VecV VecU64CompressVV(const PredV& pg, const VecV& zn, CpuContext* context) {
     return compress<std::uint64_t>(pg, zn, context);
 }
 
-VecV VecS16UnpackLoV(const VecV& zn, CpuContext* context) {
-    return unpack<std::int8_t, std::int16_t, vector_half::low>(zn, context);
-}
-VecV VecS32UnpackLoV(const VecV& zn, CpuContext* context) {
-    return unpack<std::int16_t, std::int32_t, vector_half::low>(zn, context);
-}
-VecV VecS16UnpackHiV(const VecV& zn, CpuContext* context) {
-    return unpack<std::int8_t, std::int16_t, vector_half::high>(zn, context);
-}
-VecV VecS32UnpackHiV(const VecV& zn, CpuContext* context) {
-    return unpack<std::int16_t, std::int32_t, vector_half::high>(zn, context);
-}
+UNARY_PRIMITIVE(VecS16UnpackLoV, unpack<std::int8_t, std::int16_t, vector_half::low>)
+UNARY_PRIMITIVE(VecS32UnpackLoV, unpack<std::int16_t, std::int32_t, vector_half::low>)
+UNARY_PRIMITIVE(VecS16UnpackHiV, unpack<std::int8_t, std::int16_t, vector_half::high>)
+UNARY_PRIMITIVE(VecS32UnpackHiV, unpack<std::int16_t, std::int32_t, vector_half::high>)

@@ -51,173 +51,82 @@ static Value saturate_register(std::uint64_t operand, const PredV& pm, const Cpu
     return static_cast<Value>(combine(operand, count, width_of<Value>, std::is_unsigned_v<Value>).value);
 }
 
-std::uint64_t VecU8DecrSCountPS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return subtract_count<std::uint8_t>(operand, pm, context);
-}
-std::uint64_t VecU16DecrSCountPS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return subtract_count<std::uint16_t>(operand, pm, context);
-}
-std::uint64_t VecU32DecrSCountPS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return subtract_count<std::uint32_t>(operand, pm, context);
-}
-std::uint64_t VecU64DecrSCountPS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return subtract_count<std::uint64_t>(operand, pm, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define SUBTRACTED_COUNT(name, element)                                                                      \
+    std::uint64_t name(std::uint64_t operand, const PredV& pm, CpuContext* context) {                        \
+        return subtract_count<element>(operand, pm, context);                                                \
+    }
 
-VecV VecU16IncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint16_t, 1>(zdn, pm, context);
-}
-VecV VecU32IncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint32_t, 1>(zdn, pm, context);
-}
-VecV VecU64IncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint64_t, 1>(zdn, pm, context);
-}
+SUBTRACTED_COUNT(VecU8DecrSCountPS, std::uint8_t)
+SUBTRACTED_COUNT(VecU16DecrSCountPS, std::uint16_t)
+SUBTRACTED_COUNT(VecU32DecrSCountPS, std::uint32_t)
+SUBTRACTED_COUNT(VecU64DecrSCountPS, std::uint64_t)
+#undef SUBTRACTED_COUNT
 
-VecV VecU16DecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint16_t, -1>(zdn, pm, context);
-}
-VecV VecU32DecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint32_t, -1>(zdn, pm, context);
-}
-VecV VecU64DecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_count<std::uint64_t, -1>(zdn, pm, context);
-}
+#define VECTOR_COUNT(name, ...)                                                                              \
+    VecV name(const VecV& zdn, const PredV& pm, CpuContext* context) { return __VA_ARGS__(zdn, pm, context); }
 
-VecV VecS16QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::int16_t>(zdn, pm, context);
-}
-VecV VecS32QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::int32_t>(zdn, pm, context);
-}
-VecV VecS64QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::int64_t>(zdn, pm, context);
-}
-VecV VecU16QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::uint16_t>(zdn, pm, context);
-}
-VecV VecU32QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::uint32_t>(zdn, pm, context);
-}
-VecV VecU64QIncrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return add_saturating<std::uint64_t>(zdn, pm, context);
-}
+VECTOR_COUNT(VecU16IncrCountPV, add_count<std::uint16_t, 1>)
+VECTOR_COUNT(VecU32IncrCountPV, add_count<std::uint32_t, 1>)
+VECTOR_COUNT(VecU64IncrCountPV, add_count<std::uint64_t, 1>)
 
-VecV VecS16QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::int16_t>(zdn, pm, context);
-}
-VecV VecS32QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::int32_t>(zdn, pm, context);
-}
-VecV VecS64QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::int64_t>(zdn, pm, context);
-}
-VecV VecU16QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::uint16_t>(zdn, pm, context);
-}
-VecV VecU32QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::uint32_t>(zdn, pm, context);
-}
-VecV VecU64QDecrCountPV(const VecV& zdn, const PredV& pm, CpuContext* context) {
-    return subtract_saturating<std::uint64_t>(zdn, pm, context);
-}
+VECTOR_COUNT(VecU16DecrCountPV, add_count<std::uint16_t, -1>)
+VECTOR_COUNT(VecU32DecrCountPV, add_count<std::uint32_t, -1>)
+VECTOR_COUNT(VecU64DecrCountPV, add_count<std::uint64_t, -1>)
 
-std::int32_t VecS8QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int8_t, std::int32_t, SatAdd>(operand, pm, context);
-}
-std::int32_t VecS16QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int16_t, std::int32_t, SatAdd>(operand, pm, context);
-}
-std::int32_t VecS32QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int32_t, std::int32_t, SatAdd>(operand, pm, context);
-}
-std::int32_t VecS64QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int64_t, std::int32_t, SatAdd>(operand, pm, context);
-}
-std::uint32_t VecU8QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint32_t, SatAdd>(operand, pm, context);
-}
-std::uint32_t VecU16QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint32_t, SatAdd>(operand, pm, context);
-}
-std::uint32_t VecU32QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint32_t, SatAdd>(operand, pm, context);
-}
-std::uint32_t VecU64QIncrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint32_t, SatAdd>(operand, pm, context);
-}
+VECTOR_COUNT(VecS16QIncrCountPV, add_saturating<std::int16_t>)
+VECTOR_COUNT(VecS32QIncrCountPV, add_saturating<std::int32_t>)
+VECTOR_COUNT(VecS64QIncrCountPV, add_saturating<std::int64_t>)
+VECTOR_COUNT(VecU16QIncrCountPV, add_saturating<std::uint16_t>)
+VECTOR_COUNT(VecU32QIncrCountPV, add_saturating<std::uint32_t>)
+VECTOR_COUNT(VecU64QIncrCountPV, add_saturating<std::uint64_t>)
 
-std::int32_t VecS8QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int8_t, std::int32_t, SatSub>(operand, pm, context);
-}
-std::int32_t VecS16QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int16_t, std::int32_t, SatSub>(operand, pm, context);
-}
-std::int32_t VecS32QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int32_t, std::int32_t, SatSub>(operand, pm, context);
-}
-std::int32_t VecS64QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int64_t, std::int32_t, SatSub>(operand, pm, context);
-}
-std::uint32_t VecU8QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint32_t, SatSub>(operand, pm, context);
-}
-std::uint32_t VecU16QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint32_t, SatSub>(operand, pm, context);
-}
-std::uint32_t VecU32QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint32_t, SatSub>(operand, pm, context);
-}
-std::uint32_t VecU64QDecrSCount4PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint32_t, SatSub>(operand, pm, context);
-}
+VECTOR_COUNT(VecS16QDecrCountPV, subtract_saturating<std::int16_t>)
+VECTOR_COUNT(VecS32QDecrCountPV, subtract_saturating<std::int32_t>)
+VECTOR_COUNT(VecS64QDecrCountPV, subtract_saturating<std::int64_t>)
+VECTOR_COUNT(VecU16QDecrCountPV, subtract_saturating<std::uint16_t>)
+VECTOR_COUNT(VecU32QDecrCountPV, subtract_saturating<std::uint32_t>)
+VECTOR_COUNT(VecU64QDecrCountPV, subtract_saturating<std::uint64_t>)
+#undef VECTOR_COUNT
 
-std::int64_t VecS8QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int8_t, std::int64_t, SatAdd>(operand, pm, context);
-}
-std::int64_t VecS16QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int16_t, std::int64_t, SatAdd>(operand, pm, context);
-}
-std::int64_t VecS32QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int32_t, std::int64_t, SatAdd>(operand, pm, context);
-}
-std::int64_t VecS64QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int64_t, std::int64_t, SatAdd>(operand, pm, context);
-}
-std::uint64_t VecU8QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint64_t, SatAdd>(operand, pm, context);
-}
-std::uint64_t VecU16QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint64_t, SatAdd>(operand, pm, context);
-}
-std::uint64_t VecU32QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint64_t, SatAdd>(operand, pm, context);
-}
-std::uint64_t VecU64QIncrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint64_t, SatAdd>(operand, pm, context);
-}
+#define SATURATED_COUNT(name, element, value, combine)                                                       \
+    value name(std::uint64_t operand, const PredV& pm, CpuContext* context) {                                \
+        return saturate_register<element, value, combine>(operand, pm, context);                             \
+    }
 
-std::int64_t VecS8QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int8_t, std::int64_t, SatSub>(operand, pm, context);
-}
-std::int64_t VecS16QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int16_t, std::int64_t, SatSub>(operand, pm, context);
-}
-std::int64_t VecS32QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int32_t, std::int64_t, SatSub>(operand, pm, context);
-}
-std::int64_t VecS64QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::int64_t, std::int64_t, SatSub>(operand, pm, context);
-}
-std::uint64_t VecU8QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint8_t, std::uint64_t, SatSub>(operand, pm, context);
-}
-std::uint64_t VecU16QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint16_t, std::uint64_t, SatSub>(operand, pm, context);
-}
-std::uint64_t VecU32QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint32_t, std::uint64_t, SatSub>(operand, pm, context);
-}
-std::uint64_t VecU64QDecrSCount8PS(std::uint64_t operand, const PredV& pm, CpuContext* context) {
-    return saturate_register<std::uint64_t, std::uint64_t, SatSub>(operand, pm, context);
-}
+SATURATED_COUNT(VecS8QIncrSCount4PS, std::int8_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS16QIncrSCount4PS, std::int16_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS32QIncrSCount4PS, std::int32_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecS64QIncrSCount4PS, std::int64_t, std::int32_t, SatAdd)
+SATURATED_COUNT(VecU8QIncrSCount4PS, std::uint8_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU16QIncrSCount4PS, std::uint16_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU32QIncrSCount4PS, std::uint32_t, std::uint32_t, SatAdd)
+SATURATED_COUNT(VecU64QIncrSCount4PS, std::uint64_t, std::uint32_t, SatAdd)
+
+SATURATED_COUNT(VecS8QDecrSCount4PS, std::int8_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS16QDecrSCount4PS, std::int16_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS32QDecrSCount4PS, std::int32_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecS64QDecrSCount4PS, std::int64_t, std::int32_t, SatSub)
+SATURATED_COUNT(VecU8QDecrSCount4PS, std::uint8_t, std::uint32_t, SatSub)
+SATURATED_COUNT(VecU16QDecrSCount4PS, std::uint16_t, std::uint32_t, SatSub)
+SATURATED_COUNT(VecU32QDecrSCount4PS, std::uint32_t, std::uint32_t, SatSub)
+SATURATED_COUNT(VecU64QDecrSCount4PS, std::uint64_t, std::uint32_t, SatSub)
+
+SATURATED_COUNT(VecS8QIncrSCount8PS, std::int8_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS16QIncrSCount8PS, std::int16_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS32QIncrSCount8PS, std::int32_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecS64QIncrSCount8PS, std::int64_t, std::int64_t, SatAdd)
+SATURATED_COUNT(VecU8QIncrSCount8PS, std::uint8_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU16QIncrSCount8PS, std::uint16_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU32QIncrSCount8PS, std::uint32_t, std::uint64_t, SatAdd)
+SATURATED_COUNT(VecU64QIncrSCount8PS, std::uint64_t, std::uint64_t, SatAdd)
+
+SATURATED_COUNT(VecS8QDecrSCount8PS, std::int8_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS16QDecrSCount8PS, std::int16_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS32QDecrSCount8PS, std::int32_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecS64QDecrSCount8PS, std::int64_t, std::int64_t, SatSub)
+SATURATED_COUNT(VecU8QDecrSCount8PS, std::uint8_t, std::uint64_t, SatSub)
+SATURATED_COUNT(VecU16QDecrSCount8PS, std::uint16_t, std::uint64_t, SatSub)
+SATURATED_COUNT(VecU32QDecrSCount8PS, std::uint32_t, std::uint64_t, SatSub)
+SATURATED_COUNT(VecU64QDecrSCount8PS, std::uint64_t, std::uint64_t, SatSub)
+#undef SATURATED_COUNT

@@ -124,30 +124,21 @@ template <class Element> PredV odd_elements(const PredV& pn, const PredV& pm, Cp
 
 } // namespace
 
-PredV VecS8While4LESS(std::int32_t counter, std::int32_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int8_t>(counter, limit, context);
-}
-PredV VecS16While4LESS(std::int32_t counter, std::int32_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int16_t>(counter, limit, context);
-}
-PredV VecS32While4LESS(std::int32_t counter, std::int32_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int32_t>(counter, limit, context);
-}
-PredV VecS64While4LESS(std::int32_t counter, std::int32_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int64_t>(counter, limit, context);
-}
-PredV VecS8While8LESS(std::int64_t counter, std::int64_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int8_t>(counter, limit, context);
-}
-PredV VecS16While8LESS(std::int64_t counter, std::int64_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int16_t>(counter, limit, context);
-}
-PredV VecS32While8LESS(std::int64_t counter, std::int64_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int32_t>(counter, limit, context);
-}
-PredV VecS64While8LESS(std::int64_t counter, std::int64_t limit, CpuContext* context) {
-    return while_less_or_equal<std::int64_t>(counter, limit, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define WHILE_LESS_OR_EQUAL(name, element, number)                                                           \
+    PredV name(number counter, number limit, CpuContext* context) {                                          \
+        return while_less_or_equal<element>(counter, limit, context);                                        \
+    }
+
+WHILE_LESS_OR_EQUAL(VecS8While4LESS, std::int8_t, std::int32_t)
+WHILE_LESS_OR_EQUAL(VecS16While4LESS, std::int16_t, std::int32_t)
+WHILE_LESS_OR_EQUAL(VecS32While4LESS, std::int32_t, std::int32_t)
+WHILE_LESS_OR_EQUAL(VecS64While4LESS, std::int64_t, std::int32_t)
+WHILE_LESS_OR_EQUAL(VecS8While8LESS, std::int8_t, std::int64_t)
+WHILE_LESS_OR_EQUAL(VecS16While8LESS, std::int16_t, std::int64_t)
+WHILE_LESS_OR_EQUAL(VecS32While8LESS, std::int32_t, std::int64_t)
+WHILE_LESS_OR_EQUAL(VecS64While8LESS, std::int64_t, std::int64_t)
+#undef WHILE_LESS_OR_EQUAL
 
 PredV VecP8TrueFlgI(unsigned long pattern, CpuContext* context) {
     return true_by_pattern<std::uint8_t>(pattern, context);
@@ -189,41 +180,21 @@ void VecU32CTermNE(std::uint32_t n, std::uint32_t m, CpuContext* context) { term
 void VecU64CTermEQ(std::uint64_t n, std::uint64_t m, CpuContext* context) { terminate_if(n == m, context); }
 void VecU64CTermNE(std::uint64_t n, std::uint64_t m, CpuContext* context) { terminate_if(n != m, context); }
 
-PredV VecP8Trn1PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint8_t, parity::even>(pn, pm, context);
-}
-PredV VecP16Trn1PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint16_t, parity::even>(pn, pm, context);
-}
-PredV VecP32Trn1PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint32_t, parity::even>(pn, pm, context);
-}
-PredV VecP64Trn1PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint64_t, parity::even>(pn, pm, context);
-}
+#define PREDICATE_PERMUTE(name, ...)                                                                         \
+    PredV name(const PredV& pn, const PredV& pm, CpuContext* context) { return __VA_ARGS__(pn, pm, context); }
 
-PredV VecP8Trn2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint8_t, parity::odd>(pn, pm, context);
-}
-PredV VecP16Trn2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint16_t, parity::odd>(pn, pm, context);
-}
-PredV VecP32Trn2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint32_t, parity::odd>(pn, pm, context);
-}
-PredV VecP64Trn2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return transpose<std::uint64_t, parity::odd>(pn, pm, context);
-}
+PREDICATE_PERMUTE(VecP8Trn1PP, transpose<std::uint8_t, parity::even>)
+PREDICATE_PERMUTE(VecP16Trn1PP, transpose<std::uint16_t, parity::even>)
+PREDICATE_PERMUTE(VecP32Trn1PP, transpose<std::uint32_t, parity::even>)
+PREDICATE_PERMUTE(VecP64Trn1PP, transpose<std::uint64_t, parity::even>)
 
-PredV VecP8Uzp2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return odd_elements<std::uint8_t>(pn, pm, context);
-}
-PredV VecP16Uzp2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return odd_elements<std::uint16_t>(pn, pm, context);
-}
-PredV VecP32Uzp2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return odd_elements<std::uint32_t>(pn, pm, context);
-}
-PredV VecP64Uzp2PP(const PredV& pn, const PredV& pm, CpuContext* context) {
-    return odd_elements<std::uint64_t>(pn, pm, context);
-}
+PREDICATE_PERMUTE(VecP8Trn2PP, transpose<std::uint8_t, parity::odd>)
+PREDICATE_PERMUTE(VecP16Trn2PP, transpose<std::uint16_t, parity::odd>)
+PREDICATE_PERMUTE(VecP32Trn2PP, transpose<std::uint32_t, parity::odd>)
+PREDICATE_PERMUTE(VecP64Trn2PP, transpose<std::uint64_t, parity::odd>)
+
+PREDICATE_PERMUTE(VecP8Uzp2PP, odd_elements<std::uint8_t>)
+PREDICATE_PERMUTE(VecP16Uzp2PP, odd_elements<std::uint16_t>)
+PREDICATE_PERMUTE(VecP32Uzp2PP, odd_elements<std::uint32_t>)
+PREDICATE_PERMUTE(VecP64Uzp2PP, odd_elements<std::uint64_t>)
+#undef PREDICATE_PERMUTE

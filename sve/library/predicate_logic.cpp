@@ -30,31 +30,20 @@ PredV combine_flags(const PredV& pg, const PredV& pn, const PredV& pm, Operation
 
 } // namespace
 
-PredV VecPNandPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine(pg, pn, pm, nand_words, context);
-}
-PredV VecPOrNPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine(pg, pn, pm, orn_words, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define LOGIC_PRIMITIVE(name, function, operation)                                                           \
+    PredV name(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {                     \
+        return function(pg, pn, pm, operation, context);                                                     \
+    }
 
-PredV VecPAndFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, and_words, context);
-}
-PredV VecPBicFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, bic_words, context);
-}
-PredV VecPXorFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, xor_words, context);
-}
-PredV VecPOrFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, or_words, context);
-}
-PredV VecPNorFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, nor_words, context);
-}
-PredV VecPNandFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, nand_words, context);
-}
-PredV VecPOrNFlgPPZ(const PredV& pg, const PredV& pn, const PredV& pm, CpuContext* context) {
-    return combine_flags(pg, pn, pm, orn_words, context);
-}
+LOGIC_PRIMITIVE(VecPNandPPZ, combine, nand_words)
+LOGIC_PRIMITIVE(VecPOrNPPZ, combine, orn_words)
+
+LOGIC_PRIMITIVE(VecPAndFlgPPZ, combine_flags, and_words)
+LOGIC_PRIMITIVE(VecPBicFlgPPZ, combine_flags, bic_words)
+LOGIC_PRIMITIVE(VecPXorFlgPPZ, combine_flags, xor_words)
+LOGIC_PRIMITIVE(VecPOrFlgPPZ, combine_flags, or_words)
+LOGIC_PRIMITIVE(VecPNorFlgPPZ, combine_flags, nor_words)
+LOGIC_PRIMITIVE(VecPNandFlgPPZ, combine_flags, nand_words)
+LOGIC_PRIMITIVE(VecPOrNFlgPPZ, combine_flags, orn_words)
+#undef LOGIC_PRIMITIVE

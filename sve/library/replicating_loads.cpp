@@ -30,28 +30,25 @@ VecV at_index(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuConte
 
 } // namespace
 
-VecV VecU8LoadDup1QSIZ(const PredV& pg, std::uint64_t base, int imm4, CpuContext* context) {
-    return at_immediate<std::uint8_t>(pg, base, imm4, context);
-}
-VecV VecU16LoadDup2QSIZ(const PredV& pg, std::uint64_t base, int imm4, CpuContext* context) {
-    return at_immediate<std::uint16_t>(pg, base, imm4, context);
-}
-VecV VecU32LoadDup4QSIZ(const PredV& pg, std::uint64_t base, int imm4, CpuContext* context) {
-    return at_immediate<std::uint32_t>(pg, base, imm4, context);
-}
-VecV VecU64LoadDup8QSIZ(const PredV& pg, std::uint64_t base, int imm4, CpuContext* context) {
-    return at_immediate<std::uint64_t>(pg, base, imm4, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define LOAD_AT_IMMEDIATE(name, element)                                                                     \
+    VecV name(const PredV& pg, std::uint64_t base, int imm4, CpuContext* context) {                          \
+        return at_immediate<element>(pg, base, imm4, context);                                               \
+    }
 
-VecV VecU8LoadDup1QSSZ(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuContext* context) {
-    return at_index<std::uint8_t>(pg, base, index, context);
-}
-VecV VecU16LoadDup2QSSZ(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuContext* context) {
-    return at_index<std::uint16_t>(pg, base, index, context);
-}
-VecV VecU32LoadDup4QSSZ(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuContext* context) {
-    return at_index<std::uint32_t>(pg, base, index, context);
-}
-VecV VecU64LoadDup8QSSZ(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuContext* context) {
-    return at_index<std::uint64_t>(pg, base, index, context);
-}
+LOAD_AT_IMMEDIATE(VecU8LoadDup1QSIZ, std::uint8_t)
+LOAD_AT_IMMEDIATE(VecU16LoadDup2QSIZ, std::uint16_t)
+LOAD_AT_IMMEDIATE(VecU32LoadDup4QSIZ, std::uint32_t)
+LOAD_AT_IMMEDIATE(VecU64LoadDup8QSIZ, std::uint64_t)
+#undef LOAD_AT_IMMEDIATE
+
+#define LOAD_AT_INDEX(name, element)                                                                         \
+    VecV name(const PredV& pg, std::uint64_t base, std::uint64_t index, CpuContext* context) {               \
+        return at_index<element>(pg, base, index, context);                                                  \
+    }
+
+LOAD_AT_INDEX(VecU8LoadDup1QSSZ, std::uint8_t)
+LOAD_AT_INDEX(VecU16LoadDup2QSSZ, std::uint16_t)
+LOAD_AT_INDEX(VecU32LoadDup4QSSZ, std::uint32_t)
+LOAD_AT_INDEX(VecU64LoadDup8QSSZ, std::uint64_t)
+#undef LOAD_AT_INDEX

@@ -1,6 +1,7 @@
 #include "sve/library/saturating_arithmetic.h"
 
 #include "sve/library/chunk_loops.h"
+#include "sve/library/primitive_definitions.h"
 #include "sve/library/saturating_chunks.h"
 
 template <class Element> static VecV add(const VecV& zn, const VecV& zm, const CpuContext* context) {
@@ -22,102 +23,45 @@ static VecV subtract(const VecV& zdn, unsigned int immediate, const CpuContext* 
     });
 }
 
-VecV VecS8QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::int8_t>(zn, zm, context);
-}
-VecV VecS16QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::int16_t>(zn, zm, context);
-}
-VecV VecS32QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::int32_t>(zn, zm, context);
-}
-VecV VecS64QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::int64_t>(zn, zm, context);
-}
-VecV VecU8QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::uint8_t>(zn, zm, context);
-}
-VecV VecU16QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::uint16_t>(zn, zm, context);
-}
-VecV VecU32QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::uint32_t>(zn, zm, context);
-}
-VecV VecU64QAddVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return add<std::uint64_t>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecS8QAddVVX, add<std::int8_t>)
+VECTOR_PRIMITIVE(VecS16QAddVVX, add<std::int16_t>)
+VECTOR_PRIMITIVE(VecS32QAddVVX, add<std::int32_t>)
+VECTOR_PRIMITIVE(VecS64QAddVVX, add<std::int64_t>)
+VECTOR_PRIMITIVE(VecU8QAddVVX, add<std::uint8_t>)
+VECTOR_PRIMITIVE(VecU16QAddVVX, add<std::uint16_t>)
+VECTOR_PRIMITIVE(VecU32QAddVVX, add<std::uint32_t>)
+VECTOR_PRIMITIVE(VecU64QAddVVX, add<std::uint64_t>)
 
-VecV VecS8QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::int8_t>(zn, zm, context);
-}
-VecV VecS16QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::int16_t>(zn, zm, context);
-}
-VecV VecS32QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::int32_t>(zn, zm, context);
-}
-VecV VecS64QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::int64_t>(zn, zm, context);
-}
-VecV VecU8QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::uint8_t>(zn, zm, context);
-}
-VecV VecU16QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::uint16_t>(zn, zm, context);
-}
-VecV VecU32QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::uint32_t>(zn, zm, context);
-}
-VecV VecU64QSubVVX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return subtract<std::uint64_t>(zn, zm, context);
-}
+VECTOR_PRIMITIVE(VecS8QSubVVX, subtract<std::int8_t>)
+VECTOR_PRIMITIVE(VecS16QSubVVX, subtract<std::int16_t>)
+VECTOR_PRIMITIVE(VecS32QSubVVX, subtract<std::int32_t>)
+VECTOR_PRIMITIVE(VecS64QSubVVX, subtract<std::int64_t>)
+VECTOR_PRIMITIVE(VecU8QSubVVX, subtract<std::uint8_t>)
+VECTOR_PRIMITIVE(VecU16QSubVVX, subtract<std::uint16_t>)
+VECTOR_PRIMITIVE(VecU32QSubVVX, subtract<std::uint32_t>)
+VECTOR_PRIMITIVE(VecU64QSubVVX, subtract<std::uint64_t>)
 
-VecV VecS8QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::int8_t>(zdn, immediate, context);
-}
-VecV VecS16QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::int16_t>(zdn, immediate, context);
-}
-VecV VecS32QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::int32_t>(zdn, immediate, context);
-}
-VecV VecS64QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::int64_t>(zdn, immediate, context);
-}
-VecV VecU8QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::uint8_t>(zdn, immediate, context);
-}
-VecV VecU16QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::uint16_t>(zdn, immediate, context);
-}
-VecV VecU32QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::uint32_t>(zdn, immediate, context);
-}
-VecV VecU64QAddVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return add<std::uint64_t>(zdn, immediate, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define IMMEDIATE_PRIMITIVE(name, ...)                                                                       \
+    VecV name(const VecV& zdn, unsigned int immediate, CpuContext* context) {                                \
+        return __VA_ARGS__(zdn, immediate, context);                                                         \
+    }
 
-VecV VecS8QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::int8_t>(zdn, immediate, context);
-}
-VecV VecS16QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::int16_t>(zdn, immediate, context);
-}
-VecV VecS32QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::int32_t>(zdn, immediate, context);
-}
-VecV VecS64QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::int64_t>(zdn, immediate, context);
-}
-VecV VecU8QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::uint8_t>(zdn, immediate, context);
-}
-VecV VecU16QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::uint16_t>(zdn, immediate, context);
-}
-VecV VecU32QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::uint32_t>(zdn, immediate, context);
-}
-VecV VecU64QSubVIX(const VecV& zdn, unsigned int immediate, CpuContext* context) {
-    return subtract<std::uint64_t>(zdn, immediate, context);
-}
+IMMEDIATE_PRIMITIVE(VecS8QAddVIX, add<std::int8_t>)
+IMMEDIATE_PRIMITIVE(VecS16QAddVIX, add<std::int16_t>)
+IMMEDIATE_PRIMITIVE(VecS32QAddVIX, add<std::int32_t>)
+IMMEDIATE_PRIMITIVE(VecS64QAddVIX, add<std::int64_t>)
+IMMEDIATE_PRIMITIVE(VecU8QAddVIX, add<std::uint8_t>)
+IMMEDIATE_PRIMITIVE(VecU16QAddVIX, add<std::uint16_t>)
+IMMEDIATE_PRIMITIVE(VecU32QAddVIX, add<std::uint32_t>)
+IMMEDIATE_PRIMITIVE(VecU64QAddVIX, add<std::uint64_t>)
+
+IMMEDIATE_PRIMITIVE(VecS8QSubVIX, subtract<std::int8_t>)
+IMMEDIATE_PRIMITIVE(VecS16QSubVIX, subtract<std::int16_t>)
+IMMEDIATE_PRIMITIVE(VecS32QSubVIX, subtract<std::int32_t>)
+IMMEDIATE_PRIMITIVE(VecS64QSubVIX, subtract<std::int64_t>)
+IMMEDIATE_PRIMITIVE(VecU8QSubVIX, subtract<std::uint8_t>)
+IMMEDIATE_PRIMITIVE(VecU16QSubVIX, subtract<std::uint16_t>)
+IMMEDIATE_PRIMITIVE(VecU32QSubVIX, subtract<std::uint32_t>)
+IMMEDIATE_PRIMITIVE(VecU64QSubVIX, subtract<std::uint64_t>)
+#undef IMMEDIATE_PRIMITIVE

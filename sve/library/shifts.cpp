@@ -1,6 +1,7 @@
 #include "sve/library/shifts.h"
 
 #include "sve/library/chunk_loops.h"
+#include "sve/library/primitive_definitions.h"
 
 namespace {
 
@@ -78,137 +79,66 @@ VecV wide_shift(const VecV& zn, const VecV& zm, const CpuContext* context) {
 
 } // namespace
 
-VecV VecU8ShrVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint8_t>(zdn, pg, shift, context);
-}
-VecV VecU16ShrVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint16_t>(zdn, pg, shift, context);
-}
-VecV VecU32ShrVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint32_t>(zdn, pg, shift, context);
-}
-VecV VecU64ShrVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint64_t>(zdn, pg, shift, context);
-}
+// A primitive a line. Macros, since only they can make the names.
+#define MERGING_SHIFT(name, ...)                                                                             \
+    VecV name(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {                   \
+        return __VA_ARGS__(zdn, pg, shift, context);                                                         \
+    }
 
-VecV VecU8ShrVIX(const VecV& zn, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint8_t>(zn, shift, context);
-}
-VecV VecU16ShrVIX(const VecV& zn, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint16_t>(zn, shift, context);
-}
-VecV VecU32ShrVIX(const VecV& zn, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint32_t>(zn, shift, context);
-}
-VecV VecU64ShrVIX(const VecV& zn, unsigned int shift, CpuContext* context) {
-    return shift_right<std::uint64_t>(zn, shift, context);
-}
+MERGING_SHIFT(VecU8ShrVIM, shift_right<std::uint8_t>)
+MERGING_SHIFT(VecU16ShrVIM, shift_right<std::uint16_t>)
+MERGING_SHIFT(VecU32ShrVIM, shift_right<std::uint32_t>)
+MERGING_SHIFT(VecU64ShrVIM, shift_right<std::uint64_t>)
 
-VecV VecS8ShrDVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return divide_by_power<std::int8_t>(zdn, pg, shift, context);
-}
-VecV VecS16ShrDVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return divide_by_power<std::int16_t>(zdn, pg, shift, context);
-}
-VecV VecS32ShrDVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return divide_by_power<std::int32_t>(zdn, pg, shift, context);
-}
-VecV VecS64ShrDVIM(const VecV& zdn, const PredV& pg, unsigned int shift, CpuContext* context) {
-    return divide_by_power<std::int64_t>(zdn, pg, shift, context);
-}
+#define SHIFT(name, ...)                                                                                     \
+    VecV name(const VecV& zn, unsigned int shift, CpuContext* context) {                                     \
+        return __VA_ARGS__(zn, shift, context);                                                              \
+    }
 
-VecV VecU8ShlRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint8_t, left>(zdn, pg, zm, context);
-}
-VecV VecU16ShlRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint16_t, left>(zdn, pg, zm, context);
-}
-VecV VecU32ShlRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint32_t, left>(zdn, pg, zm, context);
-}
-VecV VecU64ShlRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint64_t, left>(zdn, pg, zm, context);
-}
+SHIFT(VecU8ShrVIX, shift_right<std::uint8_t>)
+SHIFT(VecU16ShrVIX, shift_right<std::uint16_t>)
+SHIFT(VecU32ShrVIX, shift_right<std::uint32_t>)
+SHIFT(VecU64ShrVIX, shift_right<std::uint64_t>)
+#undef SHIFT
 
-VecV VecU8ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint8_t, right>(zdn, pg, zm, context);
-}
-VecV VecU16ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint16_t, right>(zdn, pg, zm, context);
-}
-VecV VecU32ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint32_t, right>(zdn, pg, zm, context);
-}
-VecV VecU64ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::uint64_t, right>(zdn, pg, zm, context);
-}
-VecV VecS8ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::int8_t, right>(zdn, pg, zm, context);
-}
-VecV VecS16ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::int16_t, right>(zdn, pg, zm, context);
-}
-VecV VecS32ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::int32_t, right>(zdn, pg, zm, context);
-}
-VecV VecS64ShrRVVM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return reversed_shift<std::int64_t, right>(zdn, pg, zm, context);
-}
+MERGING_SHIFT(VecS8ShrDVIM, divide_by_power<std::int8_t>)
+MERGING_SHIFT(VecS16ShrDVIM, divide_by_power<std::int16_t>)
+MERGING_SHIFT(VecS32ShrDVIM, divide_by_power<std::int32_t>)
+MERGING_SHIFT(VecS64ShrDVIM, divide_by_power<std::int64_t>)
+#undef MERGING_SHIFT
 
-VecV VecU8ShlVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint8_t, left>(zdn, pg, zm, context);
-}
-VecV VecU16ShlVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint16_t, left>(zdn, pg, zm, context);
-}
-VecV VecU32ShlVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint32_t, left>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecU8ShlRVVM, reversed_shift<std::uint8_t, left>)
+MERGING_PRIMITIVE(VecU16ShlRVVM, reversed_shift<std::uint16_t, left>)
+MERGING_PRIMITIVE(VecU32ShlRVVM, reversed_shift<std::uint32_t, left>)
+MERGING_PRIMITIVE(VecU64ShlRVVM, reversed_shift<std::uint64_t, left>)
 
-VecV VecU8ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint8_t, right>(zdn, pg, zm, context);
-}
-VecV VecU16ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint16_t, right>(zdn, pg, zm, context);
-}
-VecV VecU32ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint32_t, right>(zdn, pg, zm, context);
-}
-VecV VecS8ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int8_t, right>(zdn, pg, zm, context);
-}
-VecV VecS16ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int16_t, right>(zdn, pg, zm, context);
-}
-VecV VecS32ShrVWM(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int32_t, right>(zdn, pg, zm, context);
-}
+MERGING_PRIMITIVE(VecU8ShrRVVM, reversed_shift<std::uint8_t, right>)
+MERGING_PRIMITIVE(VecU16ShrRVVM, reversed_shift<std::uint16_t, right>)
+MERGING_PRIMITIVE(VecU32ShrRVVM, reversed_shift<std::uint32_t, right>)
+MERGING_PRIMITIVE(VecU64ShrRVVM, reversed_shift<std::uint64_t, right>)
+MERGING_PRIMITIVE(VecS8ShrRVVM, reversed_shift<std::int8_t, right>)
+MERGING_PRIMITIVE(VecS16ShrRVVM, reversed_shift<std::int16_t, right>)
+MERGING_PRIMITIVE(VecS32ShrRVVM, reversed_shift<std::int32_t, right>)
+MERGING_PRIMITIVE(VecS64ShrRVVM, reversed_shift<std::int64_t, right>)
 
-VecV VecU8ShlVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint8_t, left>(zn, zm, context);
-}
-VecV VecU16ShlVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint16_t, left>(zn, zm, context);
-}
-VecV VecU32ShlVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint32_t, left>(zn, zm, context);
-}
+MERGING_PRIMITIVE(VecU8ShlVWM, wide_shift<std::uint8_t, left>)
+MERGING_PRIMITIVE(VecU16ShlVWM, wide_shift<std::uint16_t, left>)
+MERGING_PRIMITIVE(VecU32ShlVWM, wide_shift<std::uint32_t, left>)
 
-VecV VecU8ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint8_t, right>(zn, zm, context);
-}
-VecV VecU16ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint16_t, right>(zn, zm, context);
-}
-VecV VecU32ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::uint32_t, right>(zn, zm, context);
-}
-VecV VecS8ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int8_t, right>(zn, zm, context);
-}
-VecV VecS16ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int16_t, right>(zn, zm, context);
-}
-VecV VecS32ShrVWX(const VecV& zn, const VecV& zm, CpuContext* context) {
-    return wide_shift<std::int32_t, right>(zn, zm, context);
-}
+MERGING_PRIMITIVE(VecU8ShrVWM, wide_shift<std::uint8_t, right>)
+MERGING_PRIMITIVE(VecU16ShrVWM, wide_shift<std::uint16_t, right>)
+MERGING_PRIMITIVE(VecU32ShrVWM, wide_shift<std::uint32_t, right>)
+MERGING_PRIMITIVE(VecS8ShrVWM, wide_shift<std::int8_t, right>)
+MERGING_PRIMITIVE(VecS16ShrVWM, wide_shift<std::int16_t, right>)
+MERGING_PRIMITIVE(VecS32ShrVWM, wide_shift<std::int32_t, right>)
+
+VECTOR_PRIMITIVE(VecU8ShlVWX, wide_shift<std::uint8_t, left>)
+VECTOR_PRIMITIVE(VecU16ShlVWX, wide_shift<std::uint16_t, left>)
+VECTOR_PRIMITIVE(VecU32ShlVWX, wide_shift<std::uint32_t, left>)
+
+VECTOR_PRIMITIVE(VecU8ShrVWX, wide_shift<std::uint8_t, right>)
+VECTOR_PRIMITIVE(VecU16ShrVWX, wide_shift<std::uint16_t, right>)
+VECTOR_PRIMITIVE(VecU32ShrVWX, wide_shift<std::uint32_t, right>)
+VECTOR_PRIMITIVE(VecS8ShrVWX, wide_shift<std::int8_t, right>)
+VECTOR_PRIMITIVE(VecS16ShrVWX, wide_shift<std::int16_t, right>)
+VECTOR_PRIMITIVE(VecS32ShrVWX, wide_shift<std::int32_t, right>)

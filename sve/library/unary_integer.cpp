@@ -2,6 +2,7 @@
 
 #include "sve/library/bit_count_chunks.h"
 #include "sve/library/chunk_loops.h"
+#include "sve/library/primitive_definitions.h"
 
 template <class Element>
 static VecV absolute(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
@@ -46,107 +47,43 @@ static VecV extend_byte(const VecV& zd, const PredV& pg, const VecV& zn, const C
     return merge_chunks<Element>(zd, pg, zn, context, [](auto a) { return a & 0xFF; });
 }
 
-VecV VecS8AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<std::int8_t>(zd, pg, zn, context);
-}
-VecV VecS16AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<std::int16_t>(zd, pg, zn, context);
-}
-VecV VecS32AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<std::int32_t>(zd, pg, zn, context);
-}
-VecV VecS64AbsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return absolute<std::int64_t>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecS8AbsVM, absolute<std::int8_t>)
+MERGING_PRIMITIVE(VecS16AbsVM, absolute<std::int16_t>)
+MERGING_PRIMITIVE(VecS32AbsVM, absolute<std::int32_t>)
+MERGING_PRIMITIVE(VecS64AbsVM, absolute<std::int64_t>)
 
-VecV VecU8InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return complement<std::uint8_t>(zd, pg, zn, context);
-}
-VecV VecU16InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return complement<std::uint16_t>(zd, pg, zn, context);
-}
-VecV VecU32InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return complement<std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecU64InvVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return complement<std::uint64_t>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU8InvVM, complement<std::uint8_t>)
+MERGING_PRIMITIVE(VecU16InvVM, complement<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32InvVM, complement<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64InvVM, complement<std::uint64_t>)
 
-VecV VecU8NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return logical_not<std::uint8_t>(zd, pg, zn, context);
-}
-VecV VecU16NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return logical_not<std::uint16_t>(zd, pg, zn, context);
-}
-VecV VecU32NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return logical_not<std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecU64NotVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return logical_not<std::uint64_t>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU8NotVM, logical_not<std::uint8_t>)
+MERGING_PRIMITIVE(VecU16NotVM, logical_not<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32NotVM, logical_not<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64NotVM, logical_not<std::uint64_t>)
 
-VecV VecU8CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, bit_counts>(zd, pg, zn, context);
-}
-VecV VecU16CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, bit_counts>(zd, pg, zn, context);
-}
-VecV VecU32CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, bit_counts>(zd, pg, zn, context);
-}
-VecV VecU64CntVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, bit_counts>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU8CntVM, count_bits<std::uint8_t, bit_counts>)
+MERGING_PRIMITIVE(VecU16CntVM, count_bits<std::uint16_t, bit_counts>)
+MERGING_PRIMITIVE(VecU32CntVM, count_bits<std::uint32_t, bit_counts>)
+MERGING_PRIMITIVE(VecU64CntVM, count_bits<std::uint64_t, bit_counts>)
 
-VecV VecU8ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, leading_sign_bits>(zd, pg, zn, context);
-}
-VecV VecU16ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, leading_sign_bits>(zd, pg, zn, context);
-}
-VecV VecU32ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, leading_sign_bits>(zd, pg, zn, context);
-}
-VecV VecU64ClsVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, leading_sign_bits>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU8ClsVM, count_bits<std::uint8_t, leading_sign_bits>)
+MERGING_PRIMITIVE(VecU16ClsVM, count_bits<std::uint16_t, leading_sign_bits>)
+MERGING_PRIMITIVE(VecU32ClsVM, count_bits<std::uint32_t, leading_sign_bits>)
+MERGING_PRIMITIVE(VecU64ClsVM, count_bits<std::uint64_t, leading_sign_bits>)
 
-VecV VecU8ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint8_t, leading_zeros>(zd, pg, zn, context);
-}
-VecV VecU16ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint16_t, leading_zeros>(zd, pg, zn, context);
-}
-VecV VecU32ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint32_t, leading_zeros>(zd, pg, zn, context);
-}
-VecV VecU64ClzVM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return count_bits<std::uint64_t, leading_zeros>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU8ClzVM, count_bits<std::uint8_t, leading_zeros>)
+MERGING_PRIMITIVE(VecU16ClzVM, count_bits<std::uint16_t, leading_zeros>)
+MERGING_PRIMITIVE(VecU32ClzVM, count_bits<std::uint32_t, leading_zeros>)
+MERGING_PRIMITIVE(VecU64ClzVM, count_bits<std::uint64_t, leading_zeros>)
 
-VecV VecU16Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reverse<std::uint16_t, 1>(zd, pg, zn, context);
-}
-VecV VecU32Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reverse<std::uint32_t, 1>(zd, pg, zn, context);
-}
-VecV VecU64Rev1V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reverse<std::uint64_t, 1>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU16Rev1V, reverse<std::uint16_t, 1>)
+MERGING_PRIMITIVE(VecU32Rev1V, reverse<std::uint32_t, 1>)
+MERGING_PRIMITIVE(VecU64Rev1V, reverse<std::uint64_t, 1>)
 
-VecV VecU32Rev2V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reverse<std::uint32_t, 2>(zd, pg, zn, context);
-}
-VecV VecU64Rev2V(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return reverse<std::uint64_t, 2>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU32Rev2V, reverse<std::uint32_t, 2>)
+MERGING_PRIMITIVE(VecU64Rev2V, reverse<std::uint64_t, 2>)
 
-VecV VecU16Extnd12VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return extend_byte<std::uint16_t>(zd, pg, zn, context);
-}
-VecV VecU32Extnd14VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return extend_byte<std::uint32_t>(zd, pg, zn, context);
-}
-VecV VecU64Extnd18VM(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context) {
-    return extend_byte<std::uint64_t>(zd, pg, zn, context);
-}
+MERGING_PRIMITIVE(VecU16Extnd12VM, extend_byte<std::uint16_t>)
+MERGING_PRIMITIVE(VecU32Extnd14VM, extend_byte<std::uint32_t>)
+MERGING_PRIMITIVE(VecU64Extnd18VM, extend_byte<std::uint64_t>)
