@@ -78,49 +78,34 @@ std::int64_t vectors(int imm) { return std::int64_t{imm * vector_bytes}; }
 
 } // namespace
 
-aarch64_decode_rc sve_incb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, pattern_step<std::uint8_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_inch_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, pattern_step<std::uint16_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_incw_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, pattern_step<std::uint32_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_incd_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, pattern_step<std::uint64_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_decb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, -pattern_step<std::uint8_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_dech_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, -pattern_step<std::uint16_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_decw_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, -pattern_step<std::uint32_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_decd_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
-    return add_to_register(state, rdn, -pattern_step<std::uint64_t>(pattern, multiplier));
-}
+// A handler a line. Macros, since only they can make the names.
+#define REGISTER_COUNT(name, sign, element)                                                                  \
+    aarch64_decode_rc name(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {               \
+        return add_to_register(state, rdn, sign pattern_step<element>(pattern, multiplier));                 \
+    }
 
-aarch64_decode_rc sve_inch_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint16_t>(state, zdn, pattern_step<std::uint16_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_incw_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint32_t>(state, zdn, pattern_step<std::uint32_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_incd_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint64_t>(state, zdn, pattern_step<std::uint64_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_dech_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint16_t>(state, zdn, -pattern_step<std::uint16_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_decw_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint32_t>(state, zdn, -pattern_step<std::uint32_t>(pattern, multiplier));
-}
-aarch64_decode_rc sve_decd_zii(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {
-    return add_to_elements<std::uint64_t>(state, zdn, -pattern_step<std::uint64_t>(pattern, multiplier));
-}
+REGISTER_COUNT(sve_incb_rii, +, std::uint8_t)
+REGISTER_COUNT(sve_inch_rii, +, std::uint16_t)
+REGISTER_COUNT(sve_incw_rii, +, std::uint32_t)
+REGISTER_COUNT(sve_incd_rii, +, std::uint64_t)
+REGISTER_COUNT(sve_decb_rii, -, std::uint8_t)
+REGISTER_COUNT(sve_dech_rii, -, std::uint16_t)
+REGISTER_COUNT(sve_decw_rii, -, std::uint32_t)
+REGISTER_COUNT(sve_decd_rii, -, std::uint64_t)
+#undef REGISTER_COUNT
+
+#define VECTOR_COUNT(name, sign, element)                                                                    \
+    aarch64_decode_rc name(cpu_state* state, aarch64_z_reg zdn, int pattern, int multiplier) {               \
+        return add_to_elements<element>(state, zdn, sign pattern_step<element>(pattern, multiplier));        \
+    }
+
+VECTOR_COUNT(sve_inch_zii, +, std::uint16_t)
+VECTOR_COUNT(sve_incw_zii, +, std::uint32_t)
+VECTOR_COUNT(sve_incd_zii, +, std::uint64_t)
+VECTOR_COUNT(sve_dech_zii, -, std::uint16_t)
+VECTOR_COUNT(sve_decw_zii, -, std::uint32_t)
+VECTOR_COUNT(sve_decd_zii, -, std::uint64_t)
+#undef VECTOR_COUNT
 
 aarch64_decode_rc sve_uqdecb_rii(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier) {
     constexpr int log2_of_a_byte = 0;

@@ -2,6 +2,7 @@
 
 #include "sve/fp/fp_formats.h"
 #include "sve/handlers/fp_elements.h"
+#include "sve/handlers/handler_definitions.h"
 
 namespace {
 
@@ -16,103 +17,70 @@ constexpr auto maximum = [](host_fp fp, auto a, auto b) { return fp.fmax(a, b); 
 constexpr auto maximum_number = [](host_fp fp, auto a, auto b) { return fp.fmaxnm(a, b); };
 constexpr auto minimum_number = [](host_fp fp, auto a, auto b) { return fp.fminnm(a, b); };
 
-template <idle_operands idle = idle_operands::zero, class Operation>
-aarch64_decode_rc predicated(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
-                             Operation operation) {
+template <auto operation, idle_operands idle = idle_operands::zero>
+aarch64_decode_rc predicated(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
     return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
         std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
         return compute_active_fp<decltype(zero), idle>(
             row_bytes, predicate_row(state, pg.reg),
-            [fp = host_fp(state), operation](auto a, auto b) { return operation(fp, a, b); }, row_bytes,
+            [fp = host_fp(state)](auto a, auto b) { return operation(fp, a, b); }, row_bytes,
             vector_row(state, zm.reg));
     });
 }
 
 // The constant is 2^clear or 2^set, as i1 is.
-template <class Operation>
+template <auto operation, int clear, int set>
 aarch64_decode_rc with_constant(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
-                                aarch64_sve_fp_arith_imm imm, int clear, int set, Operation operation) {
+                                aarch64_sve_fp_arith_imm imm) {
     return dispatch_fp_elements(zdn.dest_kind, [&](auto zero) {
         using element = decltype(zero);
         const element constant = FPFormat<element>::power_of_two(imm.i1 ? set : clear);
         std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
         return compute_active_fp<element>(
             row_bytes, predicate_row(state, pg.reg),
-            [fp = host_fp(state), operation, constant](auto a) {
-                return operation(fp, a, decltype(a){} + constant);
-            },
+            [fp = host_fp(state), constant](auto a) { return operation(fp, a, decltype(a){} + constant); },
             row_bytes);
     });
 }
 
-template <class Operation>
-aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm,
-                               Operation operation) {
+template <auto operation>
+aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {
         using element = decltype(zero);
         return compute_fp<element>(
-            vector_row(state, zd.reg),
-            [fp = host_fp(state), operation](auto a, auto b) { return operation(fp, a, b); },
+            vector_row(state, zd.reg), [fp = host_fp(state)](auto a, auto b) { return operation(fp, a, b); },
             vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
 
 } // namespace
 
-aarch64_decode_rc sve_fadd_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, add);
-}
-aarch64_decode_rc sve_fsub_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, subtract);
-}
-aarch64_decode_rc sve_fsubr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, subtract_reversed);
-}
-aarch64_decode_rc sve_fmul_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, multiply);
-}
-aarch64_decode_rc sve_fdiv_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated<idle_operands::one>(state, zdn, pg, zm, divide);
-}
-aarch64_decode_rc sve_fdivr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated<idle_operands::one>(state, zdn, pg, zm, divide_reversed);
-}
-aarch64_decode_rc sve_fmax_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, maximum);
-}
-aarch64_decode_rc sve_fmaxnm_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, maximum_number);
-}
-aarch64_decode_rc sve_fminnm_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated(state, zdn, pg, zm, minimum_number);
-}
+MERGING_HANDLER(sve_fadd_zpz, predicated<add>)
+MERGING_HANDLER(sve_fsub_zpz, predicated<subtract>)
+MERGING_HANDLER(sve_fsubr_zpz, predicated<subtract_reversed>)
+MERGING_HANDLER(sve_fmul_zpz, predicated<multiply>)
+MERGING_HANDLER(sve_fdiv_zpz, predicated<divide, idle_operands::one>)
+MERGING_HANDLER(sve_fdivr_zpz, predicated<divide_reversed, idle_operands::one>)
+MERGING_HANDLER(sve_fmax_zpz, predicated<maximum>)
+MERGING_HANDLER(sve_fmaxnm_zpz, predicated<maximum_number>)
+MERGING_HANDLER(sve_fminnm_zpz, predicated<minimum_number>)
 
-aarch64_decode_rc sve_fadd_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
-                               aarch64_sve_fp_arith_imm imm) {
-    return with_constant(state, zdn, pg, imm, -1, 0, add);
-}
-aarch64_decode_rc sve_fsub_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
-                               aarch64_sve_fp_arith_imm imm) {
-    return with_constant(state, zdn, pg, imm, -1, 0, subtract);
-}
-aarch64_decode_rc sve_fsubr_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
-                                aarch64_sve_fp_arith_imm imm) {
-    return with_constant(state, zdn, pg, imm, -1, 0, subtract_reversed);
-}
-aarch64_decode_rc sve_fmul_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
-                               aarch64_sve_fp_arith_imm imm) {
-    return with_constant(state, zdn, pg, imm, -1, 1, multiply);
-}
+// A handler a line. Macros, since only they can make the names.
+#define CONSTANT_HANDLER(name, ...)                                                                          \
+    aarch64_decode_rc name(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,                            \
+                           aarch64_sve_fp_arith_imm imm) {                                                   \
+        return __VA_ARGS__(state, zdn, pg, imm);                                                             \
+    }
 
-aarch64_decode_rc sve_fadd_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return unpredicated(state, zd, zn, zm, add);
-}
-aarch64_decode_rc sve_fsub_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return unpredicated(state, zd, zn, zm, subtract);
-}
-aarch64_decode_rc sve_fmul_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return unpredicated(state, zd, zn, zm, multiply);
-}
+CONSTANT_HANDLER(sve_fadd_zpi, with_constant<add, -1, 0>)
+CONSTANT_HANDLER(sve_fsub_zpi, with_constant<subtract, -1, 0>)
+CONSTANT_HANDLER(sve_fsubr_zpi, with_constant<subtract_reversed, -1, 0>)
+CONSTANT_HANDLER(sve_fmul_zpi, with_constant<multiply, -1, 1>)
+#undef CONSTANT_HANDLER
+
+VECTOR_HANDLER(sve_fadd_zzz, unpredicated<add>)
+VECTOR_HANDLER(sve_fsub_zzz, unpredicated<subtract>)
+VECTOR_HANDLER(sve_fmul_zzz, unpredicated<multiply>)
 
 aarch64_decode_rc sve_fneg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_fp_elements(zd.kind, [&](auto zero) {

@@ -1,6 +1,7 @@
 #include "sve/handlers/fp_compares.h"
 
 #include "sve/handlers/fp_elements.h"
+#include "sve/handlers/handler_definitions.h"
 
 namespace {
 
@@ -20,65 +21,46 @@ constexpr auto unordered = [](host_fp fp, auto a, auto b) { return fp.fcmuo(a, b
 constexpr auto less_or_equal = [](host_fp fp, auto a, auto b) { return fp.fcmge(b, a); };
 constexpr auto less = [](host_fp fp, auto a, auto b) { return fp.fcmgt(b, a); };
 
-template <class Compare>
+template <auto compare>
 aarch64_decode_rc compare_vectors(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                  aarch64_z_reg zm, Compare compare) {
+                                  aarch64_z_reg zm) {
     return dispatch_fp_elements(pd.kind, [&](auto zero) {
         using element = decltype(zero);
         return compare_active_fp<element>(
             predicate_row(state, pd.reg), predicate_row(state, pg.reg),
-            [fp = host_fp(state), compare](auto a, auto b) { return compare(fp, a, b); },
-            vector_row(state, zn.reg), vector_row(state, zm.reg));
+            [fp = host_fp(state)](auto a, auto b) { return compare(fp, a, b); }, vector_row(state, zn.reg),
+            vector_row(state, zm.reg));
     });
 }
 
-template <class Compare>
-aarch64_decode_rc compare_with_zero(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                    Compare compare) {
+template <auto compare>
+aarch64_decode_rc compare_with_zero(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_fp_elements(pd.kind, [&](auto zero) {
         using element = decltype(zero);
         return compare_active_fp<element>(
             predicate_row(state, pd.reg), predicate_row(state, pg.reg),
-            [fp = host_fp(state), compare](auto a) { return compare(fp, a, decltype(a){}); },
+            [fp = host_fp(state)](auto a) { return compare(fp, a, decltype(a){}); },
             vector_row(state, zn.reg));
     });
 }
 
 } // namespace
 
-aarch64_decode_rc sve_fcmeq_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_vectors(state, pd, pg, zn, zm, equal);
-}
-aarch64_decode_rc sve_fcmne_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_vectors(state, pd, pg, zn, zm, not_equal);
-}
-aarch64_decode_rc sve_fcmge_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_vectors(state, pd, pg, zn, zm, greater_or_equal);
-}
-aarch64_decode_rc sve_fcmgt_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_vectors(state, pd, pg, zn, zm, greater);
-}
-aarch64_decode_rc sve_fcmuo_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_vectors(state, pd, pg, zn, zm, unordered);
-}
+COMPARING_HANDLER(sve_fcmeq_ppzz, compare_vectors<equal>)
+COMPARING_HANDLER(sve_fcmne_ppzz, compare_vectors<not_equal>)
+COMPARING_HANDLER(sve_fcmge_ppzz, compare_vectors<greater_or_equal>)
+COMPARING_HANDLER(sve_fcmgt_ppzz, compare_vectors<greater>)
+COMPARING_HANDLER(sve_fcmuo_ppzz, compare_vectors<unordered>)
 
-aarch64_decode_rc sve_fcmeq_ppz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return compare_with_zero(state, pd, pg, zn, equal);
-}
-aarch64_decode_rc sve_fcmge_ppz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return compare_with_zero(state, pd, pg, zn, greater_or_equal);
-}
-aarch64_decode_rc sve_fcmgt_ppz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return compare_with_zero(state, pd, pg, zn, greater);
-}
-aarch64_decode_rc sve_fcmle_ppz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return compare_with_zero(state, pd, pg, zn, less_or_equal);
-}
-aarch64_decode_rc sve_fcmlt_ppz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return compare_with_zero(state, pd, pg, zn, less);
-}
+// A handler a line. Macros, since only they can make the names.
+#define COMPARE_WITH_ZERO(name, compare)                                                                     \
+    aarch64_decode_rc name(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn) {         \
+        return compare_with_zero<compare>(state, pd, pg, zn);                                                \
+    }
+
+COMPARE_WITH_ZERO(sve_fcmeq_ppz, equal)
+COMPARE_WITH_ZERO(sve_fcmge_ppz, greater_or_equal)
+COMPARE_WITH_ZERO(sve_fcmgt_ppz, greater)
+COMPARE_WITH_ZERO(sve_fcmle_ppz, less_or_equal)
+COMPARE_WITH_ZERO(sve_fcmlt_ppz, less)
+#undef COMPARE_WITH_ZERO

@@ -1,6 +1,7 @@
 #include "sve/handlers/fp_conversions.h"
 
 #include "sve/handlers/fp_elements.h"
+#include "sve/handlers/handler_definitions.h"
 
 namespace {
 
@@ -31,24 +32,10 @@ aarch64_decode_rc sve_frinta_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_r
     });
 }
 
-aarch64_decode_rc sve_scvtf_s2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::int32_t, std::uint32_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_scvtf_s2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::int32_t, std::uint64_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_scvtf_d2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::int64_t, std::uint32_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_scvtf_d2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::int64_t, std::uint64_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_ucvtf_s2s_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::uint32_t, std::uint32_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_ucvtf_s2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::uint32_t, std::uint64_t>(state, zd, pg, zn);
-}
-aarch64_decode_rc sve_ucvtf_d2d_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return convert<std::uint64_t, std::uint64_t>(state, zd, pg, zn);
-}
+MERGING_HANDLER(sve_scvtf_s2s_zpz, convert<std::int32_t, std::uint32_t>)
+MERGING_HANDLER(sve_scvtf_s2d_zpz, convert<std::int32_t, std::uint64_t>)
+MERGING_HANDLER(sve_scvtf_d2s_zpz, convert<std::int64_t, std::uint32_t>)
+MERGING_HANDLER(sve_scvtf_d2d_zpz, convert<std::int64_t, std::uint64_t>)
+MERGING_HANDLER(sve_ucvtf_s2s_zpz, convert<std::uint32_t, std::uint32_t>)
+MERGING_HANDLER(sve_ucvtf_s2d_zpz, convert<std::uint32_t, std::uint64_t>)
+MERGING_HANDLER(sve_ucvtf_d2d_zpz, convert<std::uint64_t, std::uint64_t>)

@@ -1,6 +1,7 @@
 #include "sve/handlers/integer_arithmetic.h"
 
 #include "sve/handlers/activity.h"
+#include "sve/handlers/handler_definitions.h"
 
 namespace {
 
@@ -48,17 +49,16 @@ constexpr auto divide_unsigned = [](auto a, auto b) { return b == 0 ? b : a / b;
 constexpr auto divide_signed_reversed = [](auto a, auto b) { return divide_signed(b, a); };
 constexpr auto divide_unsigned_reversed = [](auto a, auto b) { return divide_unsigned(b, a); };
 
-template <class Operation>
-aarch64_decode_rc predicated_unsigned(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
-                                      Operation operation) {
+template <auto operation>
+aarch64_decode_rc predicated_unsigned(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                                      aarch64_z_reg zm) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         return merge_binary<decltype(zero)>(state, zdn, pg, zm, operation);
     });
 }
 
-template <class Operation>
-aarch64_decode_rc predicated_signed(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
-                                    Operation operation) {
+template <auto operation>
+aarch64_decode_rc predicated_signed(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
     return dispatch_signed(zdn.dest_kind, [&](auto zero) {
         return merge_binary<decltype(zero)>(state, zdn, pg, zm, operation);
     });
@@ -87,9 +87,9 @@ aarch64_decode_rc divide_elements(cpu_state* state, aarch64_z_reg zdn, aarch64_p
     return aarch64_emulated;
 }
 
-template <class Word, class Doubleword, class Operation>
-aarch64_decode_rc predicated_division(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
-                                      Operation operation) {
+template <class Word, class Doubleword, auto operation>
+aarch64_decode_rc predicated_division(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg,
+                                      aarch64_z_reg zm) {
     if (zdn.dest_kind == doubleword_elements)
         return divide_elements<Doubleword>(state, zdn, pg, zm, operation);
     return divide_elements<Word>(state, zdn, pg, zm, operation);
@@ -105,16 +105,14 @@ aarch64_decode_rc combine_rows(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg
     });
 }
 
-template <class Operation>
-aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm,
-                               Operation operation) {
+template <auto operation>
+aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return dispatch_unsigned(
         zd.kind, [&](auto zero) { return combine_rows<decltype(zero)>(state, zd, zn, zm, operation); });
 }
 
-template <class Operation>
-aarch64_decode_rc bitwise(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm,
-                          Operation operation) {
+template <auto operation>
+aarch64_decode_rc bitwise(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return combine_rows<std::uint64_t>(state, zd, zn, zm, operation);
 }
 
@@ -133,78 +131,38 @@ aarch64_decode_rc with_immediate(cpu_state* state, aarch64_z_reg zdn, std::uint6
 
 } // namespace
 
-aarch64_decode_rc sve_add_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, add);
-}
-aarch64_decode_rc sve_sub_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, subtract);
-}
-aarch64_decode_rc sve_and_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, bitwise_and);
-}
-aarch64_decode_rc sve_orr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, bitwise_or);
-}
-aarch64_decode_rc sve_eor_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, bitwise_xor);
-}
-aarch64_decode_rc sve_bic_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, bit_clear);
-}
-aarch64_decode_rc sve_smin_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_signed(state, zdn, pg, zm, minimum);
-}
-aarch64_decode_rc sve_smax_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_signed(state, zdn, pg, zm, maximum);
-}
-aarch64_decode_rc sve_umin_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, minimum);
-}
-aarch64_decode_rc sve_umax_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, maximum);
-}
-aarch64_decode_rc sve_mul_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_unsigned(state, zdn, pg, zm, multiply);
-}
+MERGING_HANDLER(sve_add_zpz, predicated_unsigned<add>)
+MERGING_HANDLER(sve_sub_zpz, predicated_unsigned<subtract>)
+MERGING_HANDLER(sve_and_zpz, predicated_unsigned<bitwise_and>)
+MERGING_HANDLER(sve_orr_zpz, predicated_unsigned<bitwise_or>)
+MERGING_HANDLER(sve_eor_zpz, predicated_unsigned<bitwise_xor>)
+MERGING_HANDLER(sve_bic_zpz, predicated_unsigned<bit_clear>)
+MERGING_HANDLER(sve_smin_zpz, predicated_signed<minimum>)
+MERGING_HANDLER(sve_smax_zpz, predicated_signed<maximum>)
+MERGING_HANDLER(sve_umin_zpz, predicated_unsigned<minimum>)
+MERGING_HANDLER(sve_umax_zpz, predicated_unsigned<maximum>)
+MERGING_HANDLER(sve_mul_zpz, predicated_unsigned<multiply>)
 
-aarch64_decode_rc sve_sdiv_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_division<std::int32_t, std::int64_t>(state, zdn, pg, zm, divide_signed);
-}
-aarch64_decode_rc sve_udiv_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_division<std::uint32_t, std::uint64_t>(state, zdn, pg, zm, divide_unsigned);
-}
-aarch64_decode_rc sve_sdivr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_division<std::int32_t, std::int64_t>(state, zdn, pg, zm, divide_signed_reversed);
-}
-aarch64_decode_rc sve_udivr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return predicated_division<std::uint32_t, std::uint64_t>(state, zdn, pg, zm, divide_unsigned_reversed);
-}
+MERGING_HANDLER(sve_sdiv_zpz, predicated_division<std::int32_t, std::int64_t, divide_signed>)
+MERGING_HANDLER(sve_udiv_zpz, predicated_division<std::uint32_t, std::uint64_t, divide_unsigned>)
+MERGING_HANDLER(sve_sdivr_zpz, predicated_division<std::int32_t, std::int64_t, divide_signed_reversed>)
+MERGING_HANDLER(sve_udivr_zpz, predicated_division<std::uint32_t, std::uint64_t, divide_unsigned_reversed>)
 
-aarch64_decode_rc sve_add_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return unpredicated(state, zd, zn, zm, add);
-}
-aarch64_decode_rc sve_sub_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return unpredicated(state, zd, zn, zm, subtract);
-}
-aarch64_decode_rc sve_and_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return bitwise(state, zd, zn, zm, bitwise_and);
-}
-aarch64_decode_rc sve_orr_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return bitwise(state, zd, zn, zm, bitwise_or);
-}
-aarch64_decode_rc sve_eor_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return bitwise(state, zd, zn, zm, bitwise_xor);
-}
-aarch64_decode_rc sve_bic_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return bitwise(state, zd, zn, zm, bit_clear);
-}
+VECTOR_HANDLER(sve_add_zzz, unpredicated<add>)
+VECTOR_HANDLER(sve_sub_zzz, unpredicated<subtract>)
+VECTOR_HANDLER(sve_and_zzz, bitwise<bitwise_and>)
+VECTOR_HANDLER(sve_orr_zzz, bitwise<bitwise_or>)
+VECTOR_HANDLER(sve_eor_zzz, bitwise<bitwise_xor>)
+VECTOR_HANDLER(sve_bic_zzz, bitwise<bit_clear>)
 
 aarch64_decode_rc sve_add_zi(cpu_state* state, aarch64_z_reg zdn, unsigned int imm) {
     return with_immediate(state, zdn, imm, add);
 }
+
 aarch64_decode_rc sve_sub_zi(cpu_state* state, aarch64_z_reg zdn, unsigned int imm) {
     return with_immediate(state, zdn, imm, subtract);
 }
+
 aarch64_decode_rc sve_mul_zi(cpu_state* state, aarch64_z_reg zdn, int imm) {
     return with_immediate(state, zdn, static_cast<std::uint64_t>(std::int64_t{imm}), multiply);
 }

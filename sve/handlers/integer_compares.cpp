@@ -1,5 +1,6 @@
 #include "sve/handlers/integer_compares.h"
 
+#include "sve/handlers/handler_definitions.h"
 #include "sve/handlers/result_flags.h"
 
 namespace {
@@ -14,10 +15,9 @@ constexpr auto less = [](auto a, auto b) { return a < b; };
 constexpr auto less_or_equal = [](auto a, auto b) { return a <= b; };
 
 // Compares zn with right(i), the i-th chunk of the other operand.
-template <class Element, class Right, class Compare>
-[[gnu::always_inline]] inline aarch64_decode_rc compare_elements(cpu_state* state, aarch64_p_reg pd,
-                                                                 aarch64_p_reg pg, aarch64_z_reg zn,
-                                                                 Right right, Compare compare) {
+template <class Element, auto compare, class Right>
+[[gnu::always_inline]] inline aarch64_decode_rc
+compare_elements(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn, Right right) {
     const std::uint8_t* const governing = predicate_row(state, pg.reg);
     const std::uint8_t* const left = vector_row(state, zn.reg);
     std::uint8_t* const destination = predicate_row(state, pd.reg);
@@ -43,80 +43,47 @@ template <class Element, class Immediate> auto right_chunks(cpu_state*, Immediat
     return [immediates = broadcast(static_cast<Element>(imm))](int) { return immediates; };
 }
 
-template <class Right, class Compare>
-[[gnu::always_inline]] inline aarch64_decode_rc compare_signed(cpu_state* state, aarch64_p_reg pd,
-                                                               aarch64_p_reg pg, aarch64_z_reg zn,
-                                                               Right right, Compare compare) {
+template <auto compare, class Right>
+[[gnu::always_inline]] inline aarch64_decode_rc
+compare_signed(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn, Right right) {
     return dispatch_signed(
         pd.kind, [&](auto zero) __attribute__((always_inline)) {
             using element = decltype(zero);
-            return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
+            return compare_elements<element, compare>(state, pd, pg, zn, right_chunks<element>(state, right));
         });
 }
 
-template <class Right, class Compare>
-[[gnu::always_inline]] inline aarch64_decode_rc compare_unsigned(cpu_state* state, aarch64_p_reg pd,
-                                                                 aarch64_p_reg pg, aarch64_z_reg zn,
-                                                                 Right right, Compare compare) {
+template <auto compare, class Right>
+[[gnu::always_inline]] inline aarch64_decode_rc
+compare_unsigned(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn, Right right) {
     return dispatch_unsigned(
         pd.kind, [&](auto zero) __attribute__((always_inline)) {
             using element = decltype(zero);
-            return compare_elements<element>(state, pd, pg, zn, right_chunks<element>(state, right), compare);
+            return compare_elements<element, compare>(state, pd, pg, zn, right_chunks<element>(state, right));
         });
 }
 
 } // namespace
 
-aarch64_decode_rc sve_cmpeq_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_unsigned(state, pd, pg, zn, zm, equal);
-}
-aarch64_decode_rc sve_cmpne_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_unsigned(state, pd, pg, zn, zm, not_equal);
-}
-aarch64_decode_rc sve_cmpgt_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_signed(state, pd, pg, zn, zm, greater);
-}
-aarch64_decode_rc sve_cmpge_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_signed(state, pd, pg, zn, zm, greater_or_equal);
-}
-aarch64_decode_rc sve_cmphi_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_unsigned(state, pd, pg, zn, zm, greater);
-}
-aarch64_decode_rc sve_cmphs_ppzz(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 aarch64_z_reg zm) {
-    return compare_unsigned(state, pd, pg, zn, zm, greater_or_equal);
-}
+COMPARING_HANDLER(sve_cmpeq_ppzz, compare_unsigned<equal>)
+COMPARING_HANDLER(sve_cmpne_ppzz, compare_unsigned<not_equal>)
+COMPARING_HANDLER(sve_cmpgt_ppzz, compare_signed<greater>)
+COMPARING_HANDLER(sve_cmpge_ppzz, compare_signed<greater_or_equal>)
+COMPARING_HANDLER(sve_cmphi_ppzz, compare_unsigned<greater>)
+COMPARING_HANDLER(sve_cmphs_ppzz, compare_unsigned<greater_or_equal>)
 
-aarch64_decode_rc sve_cmpeq_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 int imm) {
-    return compare_signed(state, pd, pg, zn, imm, equal);
-}
-aarch64_decode_rc sve_cmpne_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 int imm) {
-    return compare_signed(state, pd, pg, zn, imm, not_equal);
-}
-aarch64_decode_rc sve_cmpgt_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 int imm) {
-    return compare_signed(state, pd, pg, zn, imm, greater);
-}
-aarch64_decode_rc sve_cmplt_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 int imm) {
-    return compare_signed(state, pd, pg, zn, imm, less);
-}
-aarch64_decode_rc sve_cmple_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 int imm) {
-    return compare_signed(state, pd, pg, zn, imm, less_or_equal);
-}
-aarch64_decode_rc sve_cmphi_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 unsigned int imm) {
-    return compare_unsigned(state, pd, pg, zn, imm, greater);
-}
-aarch64_decode_rc sve_cmplo_ppzi(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,
-                                 unsigned int imm) {
-    return compare_unsigned(state, pd, pg, zn, imm, less);
-}
+// A handler a line. Macros, since only they can make the names.
+#define IMMEDIATE_HANDLER(name, function, immediate)                                                         \
+    aarch64_decode_rc name(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_z_reg zn,           \
+                           immediate imm) {                                                                  \
+        return function(state, pd, pg, zn, imm);                                                             \
+    }
+
+IMMEDIATE_HANDLER(sve_cmpeq_ppzi, compare_signed<equal>, int)
+IMMEDIATE_HANDLER(sve_cmpne_ppzi, compare_signed<not_equal>, int)
+IMMEDIATE_HANDLER(sve_cmpgt_ppzi, compare_signed<greater>, int)
+IMMEDIATE_HANDLER(sve_cmplt_ppzi, compare_signed<less>, int)
+IMMEDIATE_HANDLER(sve_cmple_ppzi, compare_signed<less_or_equal>, int)
+IMMEDIATE_HANDLER(sve_cmphi_ppzi, compare_unsigned<greater>, unsigned int)
+IMMEDIATE_HANDLER(sve_cmplo_ppzi, compare_unsigned<less>, unsigned int)
+#undef IMMEDIATE_HANDLER

@@ -108,24 +108,17 @@ aarch64_decode_rc sve_uaddv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg
     });
 }
 
-aarch64_decode_rc sve_smaxv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_signed<maximum>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_sminv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_signed<minimum>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_umaxv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_unsigned<maximum>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_uminv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_unsigned<minimum>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_andv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_unsigned<bitwise_and>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_orv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_unsigned<bitwise_or>(state, vd, pg, zn);
-}
-aarch64_decode_rc sve_eorv_vpz(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return reduce_unsigned<bitwise_xor>(state, vd, pg, zn);
-}
+// A handler a line. Macros, since only they can make the names.
+#define REDUCTION(name, ...)                                                                                 \
+    aarch64_decode_rc name(cpu_state* state, unsigned int vd, aarch64_p_reg pg, aarch64_z_reg zn) {          \
+        return __VA_ARGS__(state, vd, pg, zn);                                                               \
+    }
+
+REDUCTION(sve_smaxv_vpz, reduce_signed<maximum>)
+REDUCTION(sve_sminv_vpz, reduce_signed<minimum>)
+REDUCTION(sve_umaxv_vpz, reduce_unsigned<maximum>)
+REDUCTION(sve_uminv_vpz, reduce_unsigned<minimum>)
+REDUCTION(sve_andv_vpz, reduce_unsigned<bitwise_and>)
+REDUCTION(sve_orv_vpz, reduce_unsigned<bitwise_or>)
+REDUCTION(sve_eorv_vpz, reduce_unsigned<bitwise_xor>)
+#undef REDUCTION

@@ -1,6 +1,7 @@
 #include "sve/handlers/permutes.h"
 
 #include "sve/handlers/elements.h"
+#include "sve/handlers/handler_definitions.h"
 
 #include <bit>
 
@@ -30,6 +31,13 @@ aarch64_decode_rc zip_rows(std::uint8_t* destination, const std::uint8_t* first,
                                             load_chunk<element>(second, start + i / 2));
         });
     });
+}
+
+// `permute` is one of the functions on rows that predicates share.
+template <auto permute>
+aarch64_decode_rc permute_rows(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
+    permute(chars_of(state->z[zd.reg]), chars_of(state->z[zn.reg]), chars_of(state->z[zm.reg]), zd.kind);
+    return aarch64_emulated;
 }
 
 // The elements of odd index of two consecutive chunks.
@@ -153,21 +161,14 @@ void sve_uzp1(char* destination, const char* first, const char* second, int elem
     unzip_rows(bytes_of(destination), bytes_of(first), bytes_of(second), element_size, select_even);
 }
 
-aarch64_decode_rc sve_zip1_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    sve_zip1(chars_of(state->z[zd.reg]), chars_of(state->z[zn.reg]), chars_of(state->z[zm.reg]), zd.kind);
-    return aarch64_emulated;
-}
-aarch64_decode_rc sve_zip2_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    sve_zip2(chars_of(state->z[zd.reg]), chars_of(state->z[zn.reg]), chars_of(state->z[zm.reg]), zd.kind);
-    return aarch64_emulated;
-}
-aarch64_decode_rc sve_uzp1_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    sve_uzp1(chars_of(state->z[zd.reg]), chars_of(state->z[zn.reg]), chars_of(state->z[zm.reg]), zd.kind);
-    return aarch64_emulated;
-}
+VECTOR_HANDLER(sve_zip1_zzz, permute_rows<sve_zip1>)
+VECTOR_HANDLER(sve_zip2_zzz, permute_rows<sve_zip2>)
+VECTOR_HANDLER(sve_uzp1_zzz, permute_rows<sve_uzp1>)
+
 aarch64_decode_rc sve_uzp2_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return unzip_rows(state->z[zd.reg], state->z[zn.reg], state->z[zm.reg], zd.kind, select_odd);
 }
+
 aarch64_decode_rc sve_trn2_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
@@ -194,30 +195,21 @@ aarch64_decode_rc sve_rev_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg z
     });
 }
 
-aarch64_decode_rc sve_sunpklo_s2d_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_low<std::int32_t, std::int64_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_sunpkhi_s2d_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_high<std::int32_t, std::int64_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpklo_b2h_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_low<std::uint8_t, std::uint16_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpklo_h2s_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_low<std::uint16_t, std::uint32_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpklo_s2d_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_low<std::uint32_t, std::uint64_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpkhi_b2h_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_high<std::uint8_t, std::uint16_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpkhi_h2s_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_high<std::uint16_t, std::uint32_t>(state, zd, zn);
-}
-aarch64_decode_rc sve_uunpkhi_s2d_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_high<std::uint32_t, std::uint64_t>(state, zd, zn);
-}
+// A handler a line. Macros, since only they can make the names.
+#define UNPACK(name, ...)                                                                                    \
+    aarch64_decode_rc name(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {                           \
+        return __VA_ARGS__(state, zd, zn);                                                                   \
+    }
+
+UNPACK(sve_sunpklo_s2d_zz, unpack_low<std::int32_t, std::int64_t>)
+UNPACK(sve_sunpkhi_s2d_zz, unpack_high<std::int32_t, std::int64_t>)
+UNPACK(sve_uunpklo_b2h_zz, unpack_low<std::uint8_t, std::uint16_t>)
+UNPACK(sve_uunpklo_h2s_zz, unpack_low<std::uint16_t, std::uint32_t>)
+UNPACK(sve_uunpklo_s2d_zz, unpack_low<std::uint32_t, std::uint64_t>)
+UNPACK(sve_uunpkhi_b2h_zz, unpack_high<std::uint8_t, std::uint16_t>)
+UNPACK(sve_uunpkhi_h2s_zz, unpack_high<std::uint16_t, std::uint32_t>)
+UNPACK(sve_uunpkhi_s2d_zz, unpack_high<std::uint32_t, std::uint64_t>)
+#undef UNPACK
 
 aarch64_decode_rc sve_ext_zzi(cpu_state* state, aarch64_z_reg zdn, aarch64_z_reg zm, unsigned int position) {
     std::uint8_t joined[2 * vector_bytes];

@@ -24,26 +24,19 @@ aarch64_decode_rc combine(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, 
 
 } // namespace
 
-aarch64_decode_rc sve_and_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
-                               aarch64_p_reg pm) {
-    return combine(state, pd, pg, pn, pm, [](bytes n, bytes m) { return n & m; });
-}
-aarch64_decode_rc sve_bic_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
-                               aarch64_p_reg pm) {
-    return combine(state, pd, pg, pn, pm, [](bytes n, bytes m) { return n & ~m; });
-}
-aarch64_decode_rc sve_eor_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
-                               aarch64_p_reg pm) {
-    return combine(state, pd, pg, pn, pm, [](bytes n, bytes m) { return n ^ m; });
-}
-aarch64_decode_rc sve_orr_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
-                               aarch64_p_reg pm) {
-    return combine(state, pd, pg, pn, pm, [](bytes n, bytes m) { return n | m; });
-}
-aarch64_decode_rc sve_nor_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
-                               aarch64_p_reg pm) {
-    return combine(state, pd, pg, pn, pm, [](bytes n, bytes m) { return (bytes)((n | m) == 0) & 1; });
-}
+// A handler a line. Macros, since only they can make the names.
+#define LOGIC_HANDLER(name, ...)                                                                             \
+    aarch64_decode_rc name(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,           \
+                           aarch64_p_reg pm) {                                                               \
+        return combine(state, pd, pg, pn, pm, __VA_ARGS__);                                                  \
+    }
+
+LOGIC_HANDLER(sve_and_pppp, [](bytes n, bytes m) { return n & m; })
+LOGIC_HANDLER(sve_bic_pppp, [](bytes n, bytes m) { return n & ~m; })
+LOGIC_HANDLER(sve_eor_pppp, [](bytes n, bytes m) { return n ^ m; })
+LOGIC_HANDLER(sve_orr_pppp, [](bytes n, bytes m) { return n | m; })
+LOGIC_HANDLER(sve_nor_pppp, [](bytes n, bytes m) { return (bytes)((n | m) == 0) & 1; })
+#undef LOGIC_HANDLER
 
 aarch64_decode_rc sve_sel_pppp(cpu_state* state, aarch64_p_reg pd, aarch64_p_reg pg, aarch64_p_reg pn,
                                aarch64_p_reg pm) {

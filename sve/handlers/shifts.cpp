@@ -1,5 +1,6 @@
 #include "sve/handlers/shifts.h"
 
+#include "sve/handlers/handler_definitions.h"
 #include "sve/handlers/host_shifts.h"
 
 namespace {
@@ -14,9 +15,8 @@ constexpr auto shift_right_signed = []<class Element>(Element, auto value, auto 
     return host_shifts::shift_right_signed<Element>(value, counts);
 };
 
-template <class Shift>
-aarch64_decode_rc by_vector(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
-                            Shift shift) {
+template <auto shift>
+aarch64_decode_rc by_vector(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         return merge_binary<decltype(zero)>(
             state, zdn, pg, zm, [&](auto value, auto counts) { return shift(zero, value, counts); });
@@ -28,9 +28,8 @@ template <class Element> chunk<Element> uniform_counts(unsigned int count) {
     return broadcast(static_cast<Element>(count < 64 ? count : 64));
 }
 
-template <class Shift>
-aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, unsigned int count,
-                               Shift shift) {
+template <auto shift>
+aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, unsigned int count) {
     return dispatch_unsigned(zdn.dest_kind, [&](auto zero) {
         using element = decltype(zero);
         std::uint8_t* const row_bytes = vector_row(state, zdn.reg);
@@ -43,9 +42,8 @@ aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zdn, aarch64_p_re
     });
 }
 
-template <class Shift>
-aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, unsigned int count,
-                               Shift shift) {
+template <auto shift>
+aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, unsigned int count) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = decltype(zero);
         const std::uint8_t* const source = vector_row(state, zn.reg);
@@ -58,26 +56,20 @@ aarch64_decode_rc by_immediate(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg
 
 } // namespace
 
-aarch64_decode_rc sve_lsl_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return by_vector(state, zdn, pg, zm, shift_left);
-}
-aarch64_decode_rc sve_lsr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return by_vector(state, zdn, pg, zm, shift_right);
-}
-aarch64_decode_rc sve_asr_zpz(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
-    return by_vector(state, zdn, pg, zm, shift_right_signed);
-}
+MERGING_HANDLER(sve_lsl_zpz, by_vector<shift_left>)
+MERGING_HANDLER(sve_lsr_zpz, by_vector<shift_right>)
+MERGING_HANDLER(sve_asr_zpz, by_vector<shift_right_signed>)
 
 aarch64_decode_rc sve_lsl_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, unsigned int count) {
-    return by_immediate(state, zdn, pg, count, shift_left);
+    return by_immediate<shift_left>(state, zdn, pg, count);
 }
 aarch64_decode_rc sve_asr_zpi(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, unsigned int count) {
-    return by_immediate(state, zdn, pg, count, shift_right_signed);
+    return by_immediate<shift_right_signed>(state, zdn, pg, count);
 }
 
 aarch64_decode_rc sve_lsl_zzi(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, unsigned int count) {
-    return by_immediate(state, zd, zn, count, shift_left);
+    return by_immediate<shift_left>(state, zd, zn, count);
 }
 aarch64_decode_rc sve_asr_zzi(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, unsigned int count) {
-    return by_immediate(state, zd, zn, count, shift_right_signed);
+    return by_immediate<shift_right_signed>(state, zd, zn, count);
 }

@@ -1,6 +1,7 @@
 #include "sve/handlers/unary_integer.h"
 
 #include "sve/handlers/elements.h"
+#include "sve/handlers/handler_definitions.h"
 
 namespace {
 
@@ -44,9 +45,8 @@ constexpr auto sign_extend = []<class Vector>(Vector value) {
 
 template <class Narrow> constexpr auto zero_extend = [](auto value) { return value & Narrow(~Narrow{0}); };
 
-template <class Element, class Operation>
-aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn,
-                              Operation operation) {
+template <class Element, auto operation>
+aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     std::uint8_t* const row_bytes = vector_row(state, zd.reg);
     const std::uint8_t* const predicate = predicate_row(state, pg.reg);
     const std::uint8_t* const source = vector_row(state, zn.reg);
@@ -57,40 +57,23 @@ aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg 
 }
 
 // The smallest element is at least `Smallest`.
-template <class Smallest, class Operation>
-aarch64_decode_rc of_elements(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn,
-                              Operation operation) {
+template <class Smallest, auto operation>
+aarch64_decode_rc of_elements(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
     return dispatch_unsigned(zd.kind, [&](auto zero) {
         using element = std::conditional_t<(sizeof zero < sizeof(Smallest)), Smallest, decltype(zero)>;
-        return merge_unary<element>(state, zd, pg, zn, operation);
+        return merge_unary<element, operation>(state, zd, pg, zn);
     });
 }
 
 } // namespace
 
-aarch64_decode_rc sve_neg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return of_elements<std::uint8_t>(state, zd, pg, zn, negate);
-}
+MERGING_HANDLER(sve_neg_zpz, of_elements<std::uint8_t, negate>)
 
-aarch64_decode_rc sve_rbit_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return of_elements<std::uint8_t>(state, zd, pg, zn, reverse_bits);
-}
-aarch64_decode_rc sve_revw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return merge_unary<std::uint64_t>(state, zd, pg, zn, exchange_words);
-}
+MERGING_HANDLER(sve_rbit_zpz, of_elements<std::uint8_t, reverse_bits>)
+MERGING_HANDLER(sve_revw_zpz, merge_unary<std::uint64_t, exchange_words>)
 
-aarch64_decode_rc sve_sxtb_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return of_elements<std::uint16_t>(state, zd, pg, zn, sign_extend<std::uint8_t>);
-}
-aarch64_decode_rc sve_sxth_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return of_elements<std::uint32_t>(state, zd, pg, zn, sign_extend<std::uint16_t>);
-}
-aarch64_decode_rc sve_sxtw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return merge_unary<std::uint64_t>(state, zd, pg, zn, sign_extend<std::uint32_t>);
-}
-aarch64_decode_rc sve_uxth_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return of_elements<std::uint32_t>(state, zd, pg, zn, zero_extend<std::uint16_t>);
-}
-aarch64_decode_rc sve_uxtw_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return merge_unary<std::uint64_t>(state, zd, pg, zn, zero_extend<std::uint32_t>);
-}
+MERGING_HANDLER(sve_sxtb_zpz, of_elements<std::uint16_t, sign_extend<std::uint8_t>>)
+MERGING_HANDLER(sve_sxth_zpz, of_elements<std::uint32_t, sign_extend<std::uint16_t>>)
+MERGING_HANDLER(sve_sxtw_zpz, merge_unary<std::uint64_t, sign_extend<std::uint32_t>>)
+MERGING_HANDLER(sve_uxth_zpz, of_elements<std::uint32_t, zero_extend<std::uint16_t>>)
+MERGING_HANDLER(sve_uxtw_zpz, merge_unary<std::uint64_t, zero_extend<std::uint32_t>>)
