@@ -5,7 +5,7 @@ namespace {
 enum class ordering { unordered, less, equal, greater };
 
 // Compares after flushing; flushing raises its flag, NaNs raise nothing here.
-template <class Bits> inline ordering compare(Bits a, Bits b, int mode, int* flags) {
+template <class Bits> inline ordering order_of(Bits a, Bits b, int mode, int* flags) {
     using Format = FPFormat<Bits>;
     a = fp_flush_input(a, mode, flags);
     b = fp_flush_input(b, mode, flags);
@@ -23,14 +23,15 @@ template <class Bits> inline bool either_signals(Bits a, Bits b) {
     return fp_is_signalling_nan(a) || fp_is_signalling_nan(b);
 }
 
-template <class Bits, class Accept>
-inline bool predicate(Bits a, Bits b, bool signal_all_NaNs, FPSCR& fpscr, Accept accept) {
+// What `result_of` makes of the ordering. Quiet NaNs raise IOC if asked for, signalling ones always.
+template <class Bits, class ResultOf>
+inline auto compare(Bits a, Bits b, bool signal_all_NaNs, FPSCR& fpscr, ResultOf result_of) {
     int flags = 0;
-    const ordering order = compare(a, b, fpscr.mode(), &flags);
+    const ordering order = order_of(a, b, fpscr.mode(), &flags);
     if (order == ordering::unordered && (signal_all_NaNs || either_signals(a, b)))
         flags |= FPFlag_IOC;
     fpscr.raise(flags);
-    return accept(order);
+    return result_of(order);
 }
 
 // FPMax, or FPMin. Of a and b with one sign the unsigned order of the bits is that of the magnitudes.
@@ -62,39 +63,36 @@ template <class Bits, bool Maximum> inline Bits select_number(Bits a, Bits b, FP
 } // namespace
 
 template <class Bits> bool FPCompareEQ(Bits a, Bits b, FPSCR& fpscr) {
-    return predicate(a, b, false, fpscr, [](ordering order) { return order == ordering::equal; });
+    return compare(a, b, false, fpscr, [](ordering order) { return order == ordering::equal; });
 }
 
 template <class Bits> bool FPCompareGE(Bits a, Bits b, FPSCR& fpscr) {
-    return predicate(a, b, true, fpscr,
-                     [](ordering order) { return order == ordering::equal || order == ordering::greater; });
+    return compare(a, b, true, fpscr,
+                   [](ordering order) { return order == ordering::equal || order == ordering::greater; });
 }
 
 template <class Bits> bool FPCompareGT(Bits a, Bits b, FPSCR& fpscr) {
-    return predicate(a, b, true, fpscr, [](ordering order) { return order == ordering::greater; });
+    return compare(a, b, true, fpscr, [](ordering order) { return order == ordering::greater; });
 }
 
 template <class Bits> bool FPCompareUN(Bits a, Bits b, FPSCR& fpscr) {
-    return predicate(a, b, false, fpscr, [](ordering order) { return order == ordering::unordered; });
+    return compare(a, b, false, fpscr, [](ordering order) { return order == ordering::unordered; });
 }
 
 template <class Bits> int FPCompare(Bits a, Bits b, bool signal_all_NaNs, FPSCR& fpscr) {
-    int flags = 0;
-    const ordering order = compare(a, b, fpscr.mode(), &flags);
-    if (order == ordering::unordered && (signal_all_NaNs || either_signals(a, b)))
-        flags |= FPFlag_IOC;
-    fpscr.raise(flags);
-    switch (order) {
-    case ordering::less:
-        return 8;
-    case ordering::equal:
-        return 6;
-    case ordering::greater:
-        return 2;
-    case ordering::unordered:
-        break;
-    }
-    return 3;
+    return compare(a, b, signal_all_NaNs, fpscr, [](ordering order) {
+        switch (order) {
+        case ordering::less:
+            return 8;
+        case ordering::equal:
+            return 6;
+        case ordering::greater:
+            return 2;
+        case ordering::unordered:
+            break;
+        }
+        return 3;
+    });
 }
 
 template <class Bits> Bits FPMax(Bits a, Bits b, FPSCR& fpscr) { return select<Bits, true>(a, b, fpscr); }
