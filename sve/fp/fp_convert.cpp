@@ -168,30 +168,22 @@ Bits fplibFixedToFP(unsigned long value, int fbits, bool is_unsigned, FPRounding
 template <class Bits> Bits FPRoundInt(Bits value, FPRounding rm, bool exact, FPSCR& fpscr) {
     using Format = FPFormat<Bits>;
     constexpr int integral_from = Format::fraction_bits + Format::bias;
-    const int mode = fpscr.mode();
-    int flags = 0;
-    value = fp_flush_input(value, mode, &flags);
-    Bits result = value; // of zeros, infinities and all that is integral by its exponent
-    if (fp_is_nan(value)) [[unlikely]] {
-        result = fp_process_nan(value, mode, &flags);
-    } else if (!fp_is_zero(value) && fp_exponent_field(value) < integral_from) {
+    return fp_unary_kernel(value, fpscr, [rm, exact](Bits value, int, int* flags) {
+        if (fp_is_zero(value) || fp_exponent_field(value) >= integral_from)
+            return value;
         const fp_finite<Bits> x = fp_unpack(value);
         const integer_part parts = split_at(x.mantissa, integral_from - x.exponent);
         const Bits integer = static_cast<Bits>(round_to_integer(parts, rm, x.sign));
         if (exact && parts.error != 0)
-            flags |= FPFlag_IXC;
-        Bits magnitude = 0;
-        if (integer != 0) {
-            // At most the implicit bit: the leading one is shifted there, and then counts in the exponent
-            // field.
-            const int shift = std::countl_zero(integer) - Format::exponent_bits;
-            const Bits exponent = static_cast<Bits>(integral_from - shift - 1);
-            magnitude = static_cast<Bits>((exponent << Format::fraction_bits) + (integer << shift));
-        }
-        result = fp_with_sign<Bits>(x.sign, magnitude);
-    }
-    fpscr.raise(flags);
-    return result;
+            *flags |= FPFlag_IXC;
+        if (integer == 0)
+            return fp_with_sign<Bits>(x.sign, 0);
+        // At most the implicit bit: the leading one is shifted there, and then counts in the exponent field.
+        const int shift = std::countl_zero(integer) - Format::exponent_bits;
+        const Bits exponent = static_cast<Bits>(integral_from - shift - 1);
+        return fp_with_sign<Bits>(
+            x.sign, static_cast<Bits>((exponent << Format::fraction_bits) + (integer << shift)));
+    });
 }
 
 template std::uint32_t FPConvert<std::uint16_t, std::uint32_t>(std::uint16_t, FPRounding, FPSCR&);

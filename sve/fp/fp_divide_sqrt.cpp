@@ -133,15 +133,13 @@ template <class Bits> Bits FPSqrt(Bits a, FPSCR& fpscr) {
     using Product = typename Format::Product;
     constexpr int root_bits = Format::fraction_bits + 2; // of fraction
 
-    const int mode = fpscr.mode();
-    int flags = 0;
-    a = fp_flush_input(a, mode, &flags);
-    Bits result = a; // of a zero and of infinity
-    if (fp_is_nan(a)) {
-        result = fp_process_nan(a, mode, &flags);
-    } else if (!fp_is_zero(a) && fp_sign(a)) {
-        result = fp_invalid<Bits>(&flags);
-    } else if (!fp_is_zero(a) && !fp_is_infinite(a)) {
+    return fp_unary_kernel(a, fpscr, [](Bits a, int mode, int* flags) {
+        if (fp_is_zero(a))
+            return a;
+        if (fp_sign(a))
+            return fp_invalid<Bits>(flags);
+        if (fp_is_infinite(a))
+            return a;
         const fp_finite<Bits> x = fp_unpack_normalised(a);
         // An even power of two is taken out, which leaves [1, 4). Biases are odd.
         const bool doubled = (x.exponent & 1) == 0;
@@ -153,11 +151,9 @@ template <class Bits> Bits FPSqrt(Bits a, FPSCR& fpscr) {
         root += (root + 1) * (root + 1) <= square;
         const bool inexact = root * root != square;
         const std::uint64_t significand = (static_cast<std::uint64_t>(root) << (63 - root_bits)) | inexact;
-        result = fp_round<Bits>(0, (x.exponent + Format::bias) >> 1, significand, mode & FPMode_RMode, mode,
-                                &flags);
-    }
-    fpscr.raise(flags);
-    return result;
+        return fp_round<Bits>(0, (x.exponent + Format::bias) >> 1, significand, mode & FPMode_RMode, mode,
+                              flags);
+    });
 }
 
 template std::uint16_t FPDiv(std::uint16_t, std::uint16_t, FPSCR&);

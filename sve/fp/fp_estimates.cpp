@@ -25,12 +25,8 @@ template <class Bits> inline Bits estimate_reciprocal(Bits a, int mode, int* fla
     constexpr int estimate_shift = Format::fraction_bits - 8;
     const int sign = fp_sign(a);
     // Below 2^-(bias + 1) the reciprocal is too large for the format.
-    if ((a & Format::magnitude_mask) < (Format::implicit_bit >> 2)) {
-        *flags |= FPFlag_OFC | FPFlag_IXC;
-        const int rm = mode & FPMode_RMode;
-        const bool to_infinity = rm == FPRounding_TIEEVEN || rm == FPRounding_POSINF + sign;
-        return fp_with_sign<Bits>(sign, to_infinity ? Format::infinity : Format::largest_normal);
-    }
+    if ((a & Format::magnitude_mask) < (Format::implicit_bit >> 2))
+        return fp_overflow<Bits>(sign, mode & FPMode_RMode, flags);
     if ((mode & Format::flush_mode) && fp_exponent_field(a) >= 2 * Format::bias - 1) {
         *flags |= FPFlag_UFC;
         return fp_with_sign<Bits>(sign, 0);
@@ -91,50 +87,36 @@ constexpr unsigned long largest_unsigned_estimate = 0xFFFFFFFF;
 } // namespace
 
 template <class Bits> Bits FPRecipEstimate(Bits a, FPSCR& fpscr) {
-    const int mode = fpscr.mode();
-    int flags = 0;
-    a = fp_flush_input(a, mode, &flags);
-    Bits result;
-    if (fp_is_nan(a)) {
-        result = fp_process_nan(a, mode, &flags);
-    } else if (fp_is_infinite(a)) {
-        result = fp_with_sign<Bits>(fp_sign(a), 0);
-    } else if (fp_is_zero(a)) {
-        flags |= FPFlag_DZC;
-        result = a | FPFormat<Bits>::infinity;
-    } else {
-        result = estimate_reciprocal(a, mode, &flags);
-    }
-    fpscr.raise(flags);
-    return result;
+    return fp_unary_kernel(a, fpscr, [](Bits a, int mode, int* flags) -> Bits {
+        if (fp_is_infinite(a))
+            return fp_with_sign<Bits>(fp_sign(a), 0);
+        if (fp_is_zero(a)) {
+            *flags |= FPFlag_DZC;
+            return a | FPFormat<Bits>::infinity;
+        }
+        return estimate_reciprocal(a, mode, flags);
+    });
 }
 
 template <class Bits> Bits FPRSqrtEstimate(Bits a, FPSCR& fpscr) {
     using Format = FPFormat<Bits>;
-    const int mode = fpscr.mode();
-    int flags = 0;
-    a = fp_flush_input(a, mode, &flags);
-    Bits result;
-    if (fp_is_nan(a)) {
-        result = fp_process_nan(a, mode, &flags);
-    } else if (fp_is_zero(a)) {
-        flags |= FPFlag_DZC;
-        result = a | Format::infinity;
-    } else if (fp_sign(a)) {
-        result = fp_invalid<Bits>(&flags);
-    } else if (fp_is_infinite(a)) {
-        result = 0;
-    } else {
+    return fp_unary_kernel(a, fpscr, [](Bits a, int, int* flags) -> Bits {
+        if (fp_is_zero(a)) {
+            *flags |= FPFlag_DZC;
+            return a | Format::infinity;
+        }
+        if (fp_sign(a))
+            return fp_invalid<Bits>(flags);
+        if (fp_is_infinite(a))
+            return 0;
         const fp_finite<Bits> x = fp_unpack_normalised(a);
         const bool even = (x.exponent & 1) == 0;
         const unsigned index = ((leading_nine_bits<Bits>(x) >> 1) & 127) + (even ? 128 : 0);
         const Bits exponent = static_cast<Bits>((3 * Format::bias - 1 - x.exponent) >> 1);
         const Bits fraction = static_cast<Bits>(Bits{FPEstimateTables::recip_sqrt_estimate[index]}
                                                 << (Format::fraction_bits - 8));
-        result = static_cast<Bits>((exponent << Format::fraction_bits) | fraction);
-    }
-    fpscr.raise(flags);
-    return result;
+        return static_cast<Bits>((exponent << Format::fraction_bits) | fraction);
+    });
 }
 
 template <class Bits> Bits FPRecipStepFused(Bits a, Bits b, FPSCR& fpscr) {
@@ -148,19 +130,11 @@ template <class Bits> Bits FPRSqrtStepFused(Bits a, Bits b, FPSCR& fpscr) {
 
 template <class Bits> Bits FPRecpX(Bits a, FPSCR& fpscr) {
     using Format = FPFormat<Bits>;
-    const int mode = fpscr.mode();
-    int flags = 0;
-    a = fp_flush_input(a, mode, &flags);
-    Bits result;
-    if (fp_is_nan(a)) {
-        result = fp_process_nan(a, mode, &flags);
-    } else {
+    return fp_unary_kernel(a, fpscr, [](Bits a, int, int*) {
         const int field = fp_exponent_field(a);
         const int inverted = field != 0 ? field ^ Format::infinite_exponent : Format::infinite_exponent - 1;
-        result = fp_with_sign<Bits>(fp_sign(a), static_cast<Bits>(Bits(inverted) << Format::fraction_bits));
-    }
-    fpscr.raise(flags);
-    return result;
+        return fp_with_sign<Bits>(fp_sign(a), static_cast<Bits>(Bits(inverted) << Format::fraction_bits));
+    });
 }
 
 // The kernels convert to and from integers, so that the host's rounding mode and status have no part in this.

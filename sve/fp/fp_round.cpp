@@ -1,5 +1,7 @@
 #include "sve/fp/fp_round.h"
 
+#include <algorithm>
+
 namespace {
 
 template <class Bits> Bits round_fraction(int sign, int exp, Bits mnt, int rm, int mode, int* flags) {
@@ -9,23 +11,17 @@ template <class Bits> Bits round_fraction(int sign, int exp, Bits mnt, int rm, i
 }
 
 template <class Bits> Bits scale_and_round(Bits value, long scale, FPSCR& fpscr) {
-    using Word = typename FPFormat<Bits>::Word;
-    const int mode = fpscr.mode();
-    int flags = 0;
-    value = fp_flush_input(value, mode, &flags);
-    if (fp_is_nan(value)) {
-        value = fp_process_nan(value, mode, &flags);
-    } else if (!fp_is_infinite(value) && !fp_is_zero(value)) {
+    return fp_unary_kernel(value, fpscr, [scale](Bits value, int mode, int* flags) {
+        using Word = typename FPFormat<Bits>::Word;
+        if (fp_is_infinite(value) || fp_is_zero(value))
+            return value;
         // Beyond this, every finite value overflows or is less than half the least denormal.
         const long limit = 3 * (FPFormat<Bits>::infinite_exponent + 1) / 2;
-        scale = scale > limit ? limit : scale < -limit ? -limit : scale;
+        const int bounded = static_cast<int>(std::clamp(scale, -limit, limit));
         const fp_finite<Bits> x = fp_unpack_normalised(value);
         const Word significand = x.mantissa << (fp_word_bits<Word> - 1 - FPFormat<Bits>::fraction_bits);
-        value = fp_round<Bits>(x.sign, x.exponent + static_cast<int>(scale), significand, fpscr.rounding(),
-                               mode, &flags);
-    }
-    fpscr.raise(flags);
-    return value;
+        return fp_round<Bits>(x.sign, x.exponent + bounded, significand, mode & FPMode_RMode, mode, flags);
+    });
 }
 
 } // namespace

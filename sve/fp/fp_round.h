@@ -14,6 +14,14 @@ inline bool fp_rounds_up(int rm, int sign, int error, int odd) {
     return error != 0 && rm == FPRounding_POSINF + sign;
 }
 
+// The result of an operation that overflows by the rounding mode `rm`: infinity or the largest finite number.
+template <class Bits> inline Bits fp_overflow(int sign, int rm, int* flags) {
+    using Format = FPFormat<Bits>;
+    *flags |= FPFlag_OFC | FPFlag_IXC;
+    const bool to_infinity = rm == FPRounding_TIEEVEN || rm == FPRounding_POSINF + sign;
+    return fp_with_sign<Bits>(sign, to_infinity ? Format::infinity : Format::largest_normal);
+}
+
 // The element nearest to +-(significand / 2^(bits of Word - 1)) * 2^(exponent - bias) by the rounding mode
 // `rm`, with OFC, UFC and IXC raised as IEEE 754 defines them; underflow is detected before rounding. The
 // significand has its top bit set, and its bit 0 may stand for everything that lies below it. The exponent
@@ -61,9 +69,7 @@ inline Bits fp_round(int sign, int exponent, Word significand, int rm, int mode,
             *flags |= FPFlag_IOC;
             return fp_with_sign<Bits>(sign, Format::magnitude_mask);
         }
-        *flags |= FPFlag_OFC | FPFlag_IXC;
-        const bool to_infinity = rm == FPRounding_TIEEVEN || rm == FPRounding_POSINF + sign;
-        return fp_with_sign<Bits>(sign, to_infinity ? Format::infinity : Format::largest_normal);
+        return fp_overflow<Bits>(sign, rm, flags);
     }
     *flags |= error != 0 ? FPFlag_IXC : 0;
     return fp_with_sign<Bits>(sign, static_cast<Bits>(packed));

@@ -100,6 +100,18 @@ template <class Bits> inline Bits fp_invalid(int* flags) {
     return FPFormat<Bits>::default_nan;
 }
 
+// A kernel of one operand: compute(a, mode, flags), with denormals flushed before and exceptions raised after
+// it. NaNs do not reach it.
+template <class Bits, class Compute>
+[[gnu::always_inline]] inline Bits fp_unary_kernel(Bits a, FPSCR& fpscr, Compute compute) {
+    const int mode = fpscr.mode();
+    int flags = 0;
+    a = fp_flush_input(a, mode, &flags);
+    const Bits result = fp_is_nan(a) ? fp_process_nan(a, mode, &flags) : compute(a, mode, &flags);
+    fpscr.raise(flags);
+    return result;
+}
+
 // A finite value, mantissa * 2^(exponent - bias - fraction_bits) with the sign 0 or 1.
 template <class Bits> struct fp_finite {
     using Word = typename FPFormat<Bits>::Word;
