@@ -140,15 +140,10 @@ template <class Bits> Bits FPMulX(Bits a, Bits b, FPSCR& fpscr) {
     return multiply<Bits>(a, b, FPFormat<Bits>::power_of_two(1), fpscr);
 }
 
-template std::uint16_t FPAdd(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPAdd(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPAdd(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPSub(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPSub(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPSub(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPMul(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMul(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMul(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPMulX(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMulX(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMulX(std::uint64_t, std::uint64_t, FPSCR&);
+#define INSTANTIATE(Bits)                                                                                    \
+    template Bits FPAdd(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPSub(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPMul(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPMulX(Bits, Bits, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE

@@ -104,29 +104,17 @@ template <class Bits> Bits FPMinNum(Bits a, Bits b, FPSCR& fpscr) {
     return select_number<Bits, false>(a, b, fpscr);
 }
 
-template bool FPCompareEQ(std::uint16_t, std::uint16_t, FPSCR&);
-template bool FPCompareEQ(std::uint32_t, std::uint32_t, FPSCR&);
-template bool FPCompareEQ(std::uint64_t, std::uint64_t, FPSCR&);
-template bool FPCompareGE(std::uint16_t, std::uint16_t, FPSCR&);
-template bool FPCompareGE(std::uint32_t, std::uint32_t, FPSCR&);
-template bool FPCompareGE(std::uint64_t, std::uint64_t, FPSCR&);
-template bool FPCompareGT(std::uint16_t, std::uint16_t, FPSCR&);
-template bool FPCompareGT(std::uint32_t, std::uint32_t, FPSCR&);
-template bool FPCompareGT(std::uint64_t, std::uint64_t, FPSCR&);
-template bool FPCompareUN(std::uint16_t, std::uint16_t, FPSCR&);
-template bool FPCompareUN(std::uint32_t, std::uint32_t, FPSCR&);
-template bool FPCompareUN(std::uint64_t, std::uint64_t, FPSCR&);
 template int FPCompare(std::uint32_t, std::uint32_t, bool, FPSCR&);
 template int FPCompare(std::uint64_t, std::uint64_t, bool, FPSCR&);
-template std::uint16_t FPMax(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMax(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMax(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPMin(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMin(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMin(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPMaxNum(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMaxNum(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMaxNum(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPMinNum(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPMinNum(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPMinNum(std::uint64_t, std::uint64_t, FPSCR&);
+
+#define INSTANTIATE(Bits)                                                                                    \
+    template bool FPCompareEQ(Bits, Bits, FPSCR&);                                                           \
+    template bool FPCompareGE(Bits, Bits, FPSCR&);                                                           \
+    template bool FPCompareGT(Bits, Bits, FPSCR&);                                                           \
+    template bool FPCompareUN(Bits, Bits, FPSCR&);                                                           \
+    template Bits FPMax(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPMin(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPMaxNum(Bits, Bits, FPSCR&);                                                              \
+    template Bits FPMinNum(Bits, Bits, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE

@@ -186,32 +186,27 @@ template <class Bits> Bits FPRoundInt(Bits value, FPRounding rm, bool exact, FPS
     });
 }
 
-template std::uint32_t FPConvert<std::uint16_t, std::uint32_t>(std::uint16_t, FPRounding, FPSCR&);
-template std::uint64_t FPConvert<std::uint16_t, std::uint64_t>(std::uint16_t, FPRounding, FPSCR&);
-template std::uint16_t FPConvert<std::uint32_t, std::uint16_t>(std::uint32_t, FPRounding, FPSCR&);
-template std::uint64_t FPConvert<std::uint32_t, std::uint64_t>(std::uint32_t, FPRounding, FPSCR&);
-template std::uint16_t FPConvert<std::uint64_t, std::uint16_t>(std::uint64_t, FPRounding, FPSCR&);
-template std::uint32_t FPConvert<std::uint64_t, std::uint32_t>(std::uint64_t, FPRounding, FPSCR&);
+#define INSTANTIATE(From, To) template To FPConvert<From, To>(From, FPRounding, FPSCR&);
+INSTANTIATE(std::uint16_t, std::uint32_t)
+INSTANTIATE(std::uint16_t, std::uint64_t)
+INSTANTIATE(std::uint32_t, std::uint16_t)
+INSTANTIATE(std::uint32_t, std::uint64_t)
+INSTANTIATE(std::uint64_t, std::uint16_t)
+INSTANTIATE(std::uint64_t, std::uint32_t)
+#undef INSTANTIATE
 
-template std::uint16_t fplibFPToFixed<std::uint16_t, std::uint16_t>(std::uint16_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint32_t fplibFPToFixed<std::uint16_t, std::uint32_t>(std::uint16_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint64_t fplibFPToFixed<std::uint16_t, std::uint64_t>(std::uint16_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint32_t fplibFPToFixed<std::uint32_t, std::uint32_t>(std::uint32_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint64_t fplibFPToFixed<std::uint32_t, std::uint64_t>(std::uint32_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint32_t fplibFPToFixed<std::uint64_t, std::uint32_t>(std::uint64_t, int, bool, FPRounding,
-                                                                    FPSCR&);
-template std::uint64_t fplibFPToFixed<std::uint64_t, std::uint64_t>(std::uint64_t, int, bool, FPRounding,
-                                                                    FPSCR&);
+#define INSTANTIATE(From, To) template To fplibFPToFixed<From, To>(From, int, bool, FPRounding, FPSCR&);
+INSTANTIATE(std::uint16_t, std::uint16_t)
+INSTANTIATE(std::uint16_t, std::uint32_t)
+INSTANTIATE(std::uint16_t, std::uint64_t)
+INSTANTIATE(std::uint32_t, std::uint32_t)
+INSTANTIATE(std::uint32_t, std::uint64_t)
+INSTANTIATE(std::uint64_t, std::uint32_t)
+INSTANTIATE(std::uint64_t, std::uint64_t)
+#undef INSTANTIATE
 
-template std::uint16_t fplibFixedToFP(unsigned long, int, bool, FPRounding, FPSCR&);
-template std::uint32_t fplibFixedToFP(unsigned long, int, bool, FPRounding, FPSCR&);
-template std::uint64_t fplibFixedToFP(unsigned long, int, bool, FPRounding, FPSCR&);
-
-template std::uint16_t FPRoundInt(std::uint16_t, FPRounding, bool, FPSCR&);
-template std::uint32_t FPRoundInt(std::uint32_t, FPRounding, bool, FPSCR&);
-template std::uint64_t FPRoundInt(std::uint64_t, FPRounding, bool, FPSCR&);
+#define INSTANTIATE(Bits)                                                                                    \
+    template Bits fplibFixedToFP(unsigned long, int, bool, FPRounding, FPSCR&);                              \
+    template Bits FPRoundInt(Bits, FPRounding, bool, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE

@@ -156,9 +156,8 @@ template <class Bits> Bits FPSqrt(Bits a, FPSCR& fpscr) {
     });
 }
 
-template std::uint16_t FPDiv(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPDiv(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPDiv(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPSqrt(std::uint16_t, FPSCR&);
-template std::uint32_t FPSqrt(std::uint32_t, FPSCR&);
-template std::uint64_t FPSqrt(std::uint64_t, FPSCR&);
+#define INSTANTIATE(Bits)                                                                                    \
+    template Bits FPDiv(Bits, Bits, FPSCR&);                                                                 \
+    template Bits FPSqrt(Bits, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE

@@ -172,18 +172,11 @@ unsigned long UnsignedRSqrtEstimate(unsigned long operand, int) {
         recip_sqrt_estimate(fraction_below_one(operand, operand >> 31 != 0 ? 31 : 30)));
 }
 
-template std::uint16_t FPRecipEstimate(std::uint16_t, FPSCR&);
-template std::uint32_t FPRecipEstimate(std::uint32_t, FPSCR&);
-template std::uint64_t FPRecipEstimate(std::uint64_t, FPSCR&);
-template std::uint16_t FPRSqrtEstimate(std::uint16_t, FPSCR&);
-template std::uint32_t FPRSqrtEstimate(std::uint32_t, FPSCR&);
-template std::uint64_t FPRSqrtEstimate(std::uint64_t, FPSCR&);
-template std::uint16_t FPRecipStepFused(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPRecipStepFused(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPRecipStepFused(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPRSqrtStepFused(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPRSqrtStepFused(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPRSqrtStepFused(std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPRecpX(std::uint16_t, FPSCR&);
-template std::uint32_t FPRecpX(std::uint32_t, FPSCR&);
-template std::uint64_t FPRecpX(std::uint64_t, FPSCR&);
+#define INSTANTIATE(Bits)                                                                                    \
+    template Bits FPRecipEstimate(Bits, FPSCR&);                                                             \
+    template Bits FPRSqrtEstimate(Bits, FPSCR&);                                                             \
+    template Bits FPRecipStepFused(Bits, Bits, FPSCR&);                                                      \
+    template Bits FPRSqrtStepFused(Bits, Bits, FPSCR&);                                                      \
+    template Bits FPRecpX(Bits, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE

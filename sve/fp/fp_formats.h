@@ -62,3 +62,7 @@ template <> struct FPFormat<std::uint64_t> : fp_format_of<std::uint64_t, 52> {
     static constexpr int flush_mode = FPMode_FZ;
     static constexpr int flushed_input_flag = FPFlag_IDC;
 };
+
+// Instantiates kernels for the types of the three formats: `instantiate` is a macro that takes the type.
+#define FP_FOR_EACH_FORMAT(instantiate)                                                                      \
+    instantiate(std::uint16_t) instantiate(std::uint32_t) instantiate(std::uint64_t)

@@ -62,12 +62,9 @@ template <class Bits> Bits FPTRISMUL(Bits a, Bits b, FPSCR& fpscr) {
     return fp_is_nan(square) ? square : fp_with_sign<Bits>(static_cast<int>(b & 1), FPAbs(square));
 }
 
-template std::uint16_t FPEXPA(std::uint16_t);
-template std::uint32_t FPEXPA(std::uint32_t);
-template std::uint64_t FPEXPA(std::uint64_t);
-template std::uint16_t FPTRIMADD(unsigned long, std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPTRIMADD(unsigned long, std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPTRIMADD(unsigned long, std::uint64_t, std::uint64_t, FPSCR&);
-template std::uint16_t FPTRISMUL(std::uint16_t, std::uint16_t, FPSCR&);
-template std::uint32_t FPTRISMUL(std::uint32_t, std::uint32_t, FPSCR&);
-template std::uint64_t FPTRISMUL(std::uint64_t, std::uint64_t, FPSCR&);
+#define INSTANTIATE(Bits)                                                                                    \
+    template Bits FPEXPA(Bits);                                                                              \
+    template Bits FPTRIMADD(unsigned long, Bits, Bits, FPSCR&);                                              \
+    template Bits FPTRISMUL(Bits, Bits, FPSCR&);
+FP_FOR_EACH_FORMAT(INSTANTIATE)
+#undef INSTANTIATE
