@@ -14,8 +14,8 @@ template <class Bits> inline ordering order_of(Bits a, Bits b, int mode, int* fl
     if (a == b || ((a | b) & Format::magnitude_mask) == 0)
         return ordering::equal;
     const bool negative = fp_sign(a) | fp_sign(b);
-    const bool greater =
-        (a > b) != negative; // of two with a sign, or with different signs, the greater bits are less
+    // Of two with a sign, or with different signs, the greater bits are less.
+    const bool greater = (a > b) != negative;
     return greater ? ordering::greater : ordering::less;
 }
 

@@ -18,8 +18,7 @@ template <class Bits> Bits divide_special(Bits a, Bits b, int mode, int* flags) 
     return fp_with_sign<Bits>(sign, FPFormat<Bits>::infinity);
 }
 
-// A quotient's significand: the number quotient / 2^(bits - 1), in [1/2, 2), with what is left of it in bit
-// 0.
+// A quotient's significand: the number quotient / 2^(bits - 1), in [1/2, 2), with what is left in bit 0.
 template <class Word> struct fp_quotient {
     Word significand;
     bool below_one; // the significand has been doubled

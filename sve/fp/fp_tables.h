@@ -43,8 +43,8 @@ template <class Bits> constexpr auto fp_make_exponential_table() {
     constexpr fp_uint128 one = static_cast<fp_uint128>(1) << 127;
     std::array<fp_uint128, entries> powers{};
     powers[0] = one;
-    fp_uint128 square =
-        one; // 2, and then the last root, with 126 bits of fraction, as a product's high half has
+    // 2, and then the last root, with 126 bits of fraction, as a product's high half has.
+    fp_uint128 square = one;
     for (int step = entries / 2; step > 0; step /= 2) {
         fp_uint128 root = one; // of the square, bit by bit
         for (fp_uint128 bit = one >> 1; bit != 0; bit >>= 1)

@@ -9,13 +9,11 @@
 //     fadd fsub fmul fdiv fmax fmaxnm fminnm frecps (a, b)
 //     fsqrt frinta frecpe (a)
 //     fnmadd(addend, a, b)             -addend - a * b, rounded once
-//     fcmeq fcmge fcmgt fcmuo (a, b)   bool; fcmge and fcmgt raise IOC for every NaN, the others for
-//     signalling
-//                                      ones only; fcmuo is whether an operand is a NaN
+//     fcmeq fcmge fcmgt fcmuo (a, b)   bool; fcmuo is whether an operand is a NaN. fcmge and fcmgt raise
+//                                      IOC for every NaN, the others for signalling ones only
 //     scvtf<Bits> ucvtf<Bits> (value)  a 64-bit integer as a number
-//     host_fp::takes_vectors           whether all but the conversions of integers take vectors of 16 bytes
-//     too; a
-//                                      comparison then gives lanes with all bits or none set
+//     host_fp::takes_vectors           whether all but the conversions of integers take vectors of 16
+//                                      bytes too; a comparison then gives lanes with all bits or none set
 //     host_fp::read_status(state)      brings what the operations have raised into the state's FPSR
 //
 // Results and exceptions are those of the application's FPCR. A stub is called with that in the processor's
