@@ -70,82 +70,51 @@ FIRST_FAULT_CONTIGUOUS(VecS64CLoadFF2LSSZ, std::int64_t, std::int16_t)
 FIRST_FAULT_CONTIGUOUS(VecU64CLoadFF2LSSZ, std::uint64_t, std::uint16_t)
 FIRST_FAULT_CONTIGUOUS(VecS64CLoadFF4LSSZ, std::int64_t, std::int32_t)
 
-FIRST_FAULT_BASES(VecU32LoadFF1VIZ, std::uint32_t, std::uint8_t)
-FIRST_FAULT_OFFSETS(VecU32LoadFF1VSZ, std::uint32_t, std::uint8_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU32LoadFF1XVSZ, std::uint32_t, std::uint8_t, std::int32_t, 1)
+// All gathers of a type of element from a type in memory, without and with scaled offsets. An offset is a
+// word, or a doubleword or the low half of one.
+#define FIRST_FAULT_WORDS(prefix, element, memory)                                                           \
+    FIRST_FAULT_BASES(prefix##VIZ, element, memory)                                                          \
+    FIRST_FAULT_OFFSETS(prefix##VSZ, element, memory, std::uint32_t, 1)                                      \
+    FIRST_FAULT_OFFSETS(prefix##XVSZ, element, memory, std::int32_t, 1)
+#define FIRST_FAULT_SCALED_WORDS(prefix, element, memory)                                                    \
+    FIRST_FAULT_OFFSETS(prefix##SVZ, element, memory, std::uint32_t, sizeof(memory))                         \
+    FIRST_FAULT_OFFSETS(prefix##XSVZ, element, memory, std::int32_t, sizeof(memory))
+#define FIRST_FAULT_DOUBLEWORDS(prefix, element, memory)                                                     \
+    FIRST_FAULT_BASES(prefix##VIZ, element, memory)                                                          \
+    FIRST_FAULT_OFFSETS(prefix##VSZ, element, memory, std::uint64_t, 1)                                      \
+    FIRST_FAULT_OFFSETS(prefix##XVSZ, element, memory, std::int32_t, 1)                                      \
+    FIRST_FAULT_OFFSETS(prefix##YVSZ, element, memory, std::uint32_t, 1)
+#define FIRST_FAULT_SCALED_DOUBLEWORDS(prefix, element, memory)                                              \
+    FIRST_FAULT_OFFSETS(prefix##SVZ, element, memory, std::uint64_t, sizeof(memory))                         \
+    FIRST_FAULT_OFFSETS(prefix##XSVZ, element, memory, std::int32_t, sizeof(memory))                         \
+    FIRST_FAULT_OFFSETS(prefix##YSVZ, element, memory, std::uint32_t, sizeof(memory))
 
-FIRST_FAULT_BASES(VecS32LoadFF1VIZ, std::int32_t, std::int8_t)
-FIRST_FAULT_OFFSETS(VecS32LoadFF1VSZ, std::int32_t, std::int8_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecS32LoadFF1XVSZ, std::int32_t, std::int8_t, std::int32_t, 1)
+FIRST_FAULT_WORDS(VecU32LoadFF1, std::uint32_t, std::uint8_t)
+FIRST_FAULT_WORDS(VecS32LoadFF1, std::int32_t, std::int8_t)
+FIRST_FAULT_WORDS(VecU32LoadFF2, std::uint32_t, std::uint16_t)
+FIRST_FAULT_WORDS(VecS32LoadFF2, std::int32_t, std::int16_t)
+FIRST_FAULT_WORDS(VecU32LoadFF4, std::uint32_t, std::uint32_t)
+FIRST_FAULT_SCALED_WORDS(VecU32LoadFF2, std::uint32_t, std::uint16_t)
+FIRST_FAULT_SCALED_WORDS(VecS32LoadFF2, std::int32_t, std::int16_t)
+FIRST_FAULT_SCALED_WORDS(VecU32LoadFF4, std::uint32_t, std::uint32_t)
 
-FIRST_FAULT_BASES(VecU32LoadFF2VIZ, std::uint32_t, std::uint16_t)
-FIRST_FAULT_OFFSETS(VecU32LoadFF2VSZ, std::uint32_t, std::uint16_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU32LoadFF2SVZ, std::uint32_t, std::uint16_t, std::uint32_t, 2)
-FIRST_FAULT_OFFSETS(VecU32LoadFF2XVSZ, std::uint32_t, std::uint16_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU32LoadFF2XSVZ, std::uint32_t, std::uint16_t, std::int32_t, 2)
+FIRST_FAULT_DOUBLEWORDS(VecU64LoadFF1, std::uint64_t, std::uint8_t)
+FIRST_FAULT_DOUBLEWORDS(VecS64LoadFF1, std::int64_t, std::int8_t)
+FIRST_FAULT_DOUBLEWORDS(VecU64LoadFF2, std::uint64_t, std::uint16_t)
+FIRST_FAULT_DOUBLEWORDS(VecS64LoadFF2, std::int64_t, std::int16_t)
+FIRST_FAULT_DOUBLEWORDS(VecU64LoadFF4, std::uint64_t, std::uint32_t)
+FIRST_FAULT_DOUBLEWORDS(VecS64LoadFF4, std::int64_t, std::int32_t)
+FIRST_FAULT_DOUBLEWORDS(VecU64LoadFF8, std::uint64_t, std::uint64_t)
+FIRST_FAULT_SCALED_DOUBLEWORDS(VecU64LoadFF2, std::uint64_t, std::uint16_t)
+FIRST_FAULT_SCALED_DOUBLEWORDS(VecS64LoadFF2, std::int64_t, std::int16_t)
+FIRST_FAULT_SCALED_DOUBLEWORDS(VecU64LoadFF4, std::uint64_t, std::uint32_t)
+FIRST_FAULT_SCALED_DOUBLEWORDS(VecS64LoadFF4, std::int64_t, std::int32_t)
+FIRST_FAULT_SCALED_DOUBLEWORDS(VecU64LoadFF8, std::uint64_t, std::uint64_t)
 
-FIRST_FAULT_BASES(VecS32LoadFF2VIZ, std::int32_t, std::int16_t)
-FIRST_FAULT_OFFSETS(VecS32LoadFF2VSZ, std::int32_t, std::int16_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecS32LoadFF2SVZ, std::int32_t, std::int16_t, std::uint32_t, 2)
-FIRST_FAULT_OFFSETS(VecS32LoadFF2XVSZ, std::int32_t, std::int16_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecS32LoadFF2XSVZ, std::int32_t, std::int16_t, std::int32_t, 2)
-
-FIRST_FAULT_BASES(VecU32LoadFF4VIZ, std::uint32_t, std::uint32_t)
-FIRST_FAULT_OFFSETS(VecU32LoadFF4VSZ, std::uint32_t, std::uint32_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU32LoadFF4SVZ, std::uint32_t, std::uint32_t, std::uint32_t, 4)
-FIRST_FAULT_OFFSETS(VecU32LoadFF4XVSZ, std::uint32_t, std::uint32_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU32LoadFF4XSVZ, std::uint32_t, std::uint32_t, std::int32_t, 4)
-
-FIRST_FAULT_BASES(VecU64LoadFF1VIZ, std::uint64_t, std::uint8_t)
-FIRST_FAULT_OFFSETS(VecU64LoadFF1VSZ, std::uint64_t, std::uint8_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF1XVSZ, std::uint64_t, std::uint8_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF1YVSZ, std::uint64_t, std::uint8_t, std::uint32_t, 1)
-
-FIRST_FAULT_BASES(VecS64LoadFF1VIZ, std::int64_t, std::int8_t)
-FIRST_FAULT_OFFSETS(VecS64LoadFF1VSZ, std::int64_t, std::int8_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF1XVSZ, std::int64_t, std::int8_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF1YVSZ, std::int64_t, std::int8_t, std::uint32_t, 1)
-
-FIRST_FAULT_BASES(VecU64LoadFF2VIZ, std::uint64_t, std::uint16_t)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2VSZ, std::uint64_t, std::uint16_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2SVZ, std::uint64_t, std::uint16_t, std::uint64_t, 2)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2XVSZ, std::uint64_t, std::uint16_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2XSVZ, std::uint64_t, std::uint16_t, std::int32_t, 2)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2YVSZ, std::uint64_t, std::uint16_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF2YSVZ, std::uint64_t, std::uint16_t, std::uint32_t, 2)
-
-FIRST_FAULT_BASES(VecS64LoadFF2VIZ, std::int64_t, std::int16_t)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2VSZ, std::int64_t, std::int16_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2SVZ, std::int64_t, std::int16_t, std::uint64_t, 2)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2XVSZ, std::int64_t, std::int16_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2XSVZ, std::int64_t, std::int16_t, std::int32_t, 2)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2YVSZ, std::int64_t, std::int16_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF2YSVZ, std::int64_t, std::int16_t, std::uint32_t, 2)
-
-FIRST_FAULT_BASES(VecU64LoadFF4VIZ, std::uint64_t, std::uint32_t)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4VSZ, std::uint64_t, std::uint32_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4SVZ, std::uint64_t, std::uint32_t, std::uint64_t, 4)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4XVSZ, std::uint64_t, std::uint32_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4XSVZ, std::uint64_t, std::uint32_t, std::int32_t, 4)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4YVSZ, std::uint64_t, std::uint32_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF4YSVZ, std::uint64_t, std::uint32_t, std::uint32_t, 4)
-
-FIRST_FAULT_BASES(VecS64LoadFF4VIZ, std::int64_t, std::int32_t)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4VSZ, std::int64_t, std::int32_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4SVZ, std::int64_t, std::int32_t, std::uint64_t, 4)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4XVSZ, std::int64_t, std::int32_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4XSVZ, std::int64_t, std::int32_t, std::int32_t, 4)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4YVSZ, std::int64_t, std::int32_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecS64LoadFF4YSVZ, std::int64_t, std::int32_t, std::uint32_t, 4)
-
-FIRST_FAULT_BASES(VecU64LoadFF8VIZ, std::uint64_t, std::uint64_t)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8VSZ, std::uint64_t, std::uint64_t, std::uint64_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8SVZ, std::uint64_t, std::uint64_t, std::uint64_t, 8)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8XVSZ, std::uint64_t, std::uint64_t, std::int32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8XSVZ, std::uint64_t, std::uint64_t, std::int32_t, 8)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8YVSZ, std::uint64_t, std::uint64_t, std::uint32_t, 1)
-FIRST_FAULT_OFFSETS(VecU64LoadFF8YSVZ, std::uint64_t, std::uint64_t, std::uint32_t, 8)
-
-#undef FIRST_FAULT_CONTIGUOUS
-#undef FIRST_FAULT_OFFSETS
+#undef FIRST_FAULT_SCALED_DOUBLEWORDS
+#undef FIRST_FAULT_DOUBLEWORDS
+#undef FIRST_FAULT_SCALED_WORDS
+#undef FIRST_FAULT_WORDS
 #undef FIRST_FAULT_BASES
+#undef FIRST_FAULT_OFFSETS
+#undef FIRST_FAULT_CONTIGUOUS
