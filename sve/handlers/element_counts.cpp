@@ -1,27 +1,19 @@
 #include "sve/handlers/element_counts.h"
 
 #include "sve/handlers/elements.h"
-#include "sve/library/predicate_patterns.h"
+#include "sve/handlers/pattern_lengths.h"
 
-#include <array>
+#include <bit>
 
 namespace {
 
-template <int elements> constexpr auto make_pattern_lengths() {
-    std::array<std::uint8_t, 32> lengths{};
-    for (unsigned int pattern = 0; pattern < lengths.size(); ++pattern)
-        lengths[pattern] = static_cast<std::uint8_t>(predicate_pattern_length(pattern, elements));
-    return lengths;
-}
-
-// The number of elements that each of the 32 patterns selects in a vector of `elements` elements.
-template <int elements>
-constexpr std::array<std::uint8_t, 32> pattern_lengths = make_pattern_lengths<elements>();
-
-// Multiplier times the number of elements of the type that the pattern selects.
-template <class Element> std::uint64_t pattern_step(int pattern, int multiplier) {
-    return std::uint64_t{pattern_lengths<elements_per_row<Element>>[pattern & 31]} *
+// Multiplier times the number of elements that the pattern selects.
+std::uint64_t pattern_step(int log2_element_bytes, int pattern, int multiplier) {
+    return std::uint64_t{pattern_lengths[static_cast<unsigned>(log2_element_bytes)][pattern & 31]} *
            static_cast<std::uint64_t>(multiplier);
+}
+template <class Element> std::uint64_t pattern_step(int pattern, int multiplier) {
+    return pattern_step(std::countr_zero(sizeof(Element)), pattern, multiplier);
 }
 
 aarch64_decode_rc add_to_register(cpu_state* state, aarch64_i_reg rdn, std::uint64_t step) {
@@ -40,30 +32,28 @@ template <class Register>
 aarch64_decode_rc sve_uqdec(cpu_state* state, aarch64_i_reg rdn, int pattern, int multiplier,
                             int log2_element_bytes) {
     const auto value = static_cast<Register>(read_register(state, rdn));
-    const auto step = static_cast<Register>(
-        predicate_pattern_length(static_cast<unsigned long>(pattern), vector_bytes >> log2_element_bytes) *
-        multiplier);
+    const auto step = static_cast<Register>(pattern_step(log2_element_bytes, pattern, multiplier));
     write_register(state, rdn, value > step ? value - step : 0);
     return aarch64_emulated;
 }
 
-// In each 64 bits of a predicate, the bits that stand for an element of the size.
-std::uint64_t element_bits(int size_code) {
+// element_lane_bits of the type that an element-size code stands for.
+std::uint64_t lane_bits(int size_code) {
     switch (size_code) {
     case word_elements:
-        return 0x0000000100000001;
+        return element_lane_bits<std::uint32_t>;
     case doubleword_elements:
-        return 0x0000000000000001;
+        return element_lane_bits<std::uint64_t>;
     case halfword_elements:
-        return 0x0001000100010001;
+        return element_lane_bits<std::uint16_t>;
     default:
-        return 0x0101010101010101;
+        return element_lane_bits<std::uint8_t>;
     }
 }
 
 // The number of elements whose bits are set in `predicate_chunk` of every chunk index.
 template <class PredicateChunk> std::uint64_t count_active(int size_code, PredicateChunk predicate_chunk) {
-    const chunk<std::uint64_t> bits = broadcast(element_bits(size_code));
+    const chunk<std::uint64_t> bits = broadcast(lane_bits(size_code));
     chunk<std::uint8_t> sums{};
 #pragma GCC unroll 8
     for (int i = 0; i < chunks_per_row; ++i)

@@ -1,6 +1,7 @@
 #include "sve/handlers/predicate_generation.h"
 
 #include "sve/handlers/elements.h"
+#include "sve/handlers/pattern_lengths.h"
 #include "sve/handlers/predicate_flags.h"
 
 #include <limits>
@@ -83,16 +84,8 @@ aarch64_decode_rc sve_ptrue_pi(cpu_state* state, aarch64_p_reg pd, int pattern) 
     const unsigned code = size_code(pd);
     const unsigned elements = vector_bytes >> code;
     const auto number = static_cast<unsigned>(pattern);
-    unsigned count = 0;
-    if (number == 0 || number == 31)
-        count = elements; // the element count is a power of two
-    else if (number == 29)
-        count = elements / 4 * 4;
-    else if (number == 30)
-        count = elements / 3 * 3;
-    else if (number <= 13)
-        count = number <= 8 ? number : 1u << (number - 5);
-    return write_leading(state, pd, code, count <= elements ? elements - count : elements);
+    const unsigned count = number < 32 ? pattern_lengths[code][number] : 0u;
+    return write_leading(state, pd, code, elements - count);
 }
 
 aarch64_decode_rc sve_pfalse_p(cpu_state* state, aarch64_p_reg pd) {
