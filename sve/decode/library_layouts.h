@@ -5,6 +5,7 @@
 #pragma once
 
 #include "sve/decode/bridge.h"
+#include "sve/decode/integer_types.h"
 
 namespace library_layouts {
 
@@ -29,11 +30,7 @@ template <class... Operands> using to_scalar = library_layout<results::Scalar, O
 template <class... Operands> using to_nothing = library_layout<results::None, Operands...>;
 
 // The unsigned type of an element, by its size code.
-template <int size>
-using element_bits = std::conditional_t<
-    size == byte_elements, std::uint8_t,
-    std::conditional_t<size == halfword_elements, std::uint16_t,
-                       std::conditional_t<size == word_elements, std::uint32_t, std::uint64_t>>>;
+template <int size> using element_bits = unsigned_integer<1 << size>;
 
 // Vector arithmetic. Predicated unary forms share the layout of binary ones: the old destination comes first.
 using LibraryZdnPgZm = to_vector<Zdn, Pg, Zn>;

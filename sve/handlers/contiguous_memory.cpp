@@ -24,15 +24,6 @@ template <class Element, int parts> struct run {
     }
 };
 
-template <int bytes, bool is_signed> struct integer_of_size;
-template <> struct integer_of_size<1, false> { using type = std::uint8_t; };
-template <> struct integer_of_size<2, false> { using type = std::uint16_t; };
-template <> struct integer_of_size<4, false> { using type = std::uint32_t; };
-template <> struct integer_of_size<8, false> { using type = std::uint64_t; };
-template <> struct integer_of_size<2, true> { using type = std::int16_t; };
-template <> struct integer_of_size<4, true> { using type = std::int32_t; };
-template <> struct integer_of_size<8, true> { using type = std::int64_t; };
-
 // Extends by the signedness of Memory, doubling the width until it is Element's. Inlined, as is `truncate`,
 // since a run would pass through memory otherwise.
 template <class Element, class Memory, int parts>
@@ -40,7 +31,7 @@ template <class Element, class Memory, int parts>
     if constexpr (sizeof(Element) == sizeof(Memory)) {
         return narrow;
     } else {
-        using Wide = typename integer_of_size<2 * sizeof(Memory), std::is_signed_v<Memory>>::type;
+        using Wide = twice_as_wide<Memory>;
         run<Wide, 2 * parts> wide;
 #pragma GCC unroll 8
         for (int i = 0; i < parts; ++i) {
@@ -61,7 +52,7 @@ template <class Memory, class Element, int parts>
     if constexpr (sizeof(Element) == sizeof(Memory)) {
         return wide;
     } else {
-        using Narrow = typename integer_of_size<sizeof(Element) / 2, false>::type;
+        using Narrow = half_as_wide<std::make_unsigned_t<Element>>;
         run<Narrow, parts / 2> narrow;
 #pragma GCC unroll 8
         for (int i = 0; i < parts / 2; ++i)

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "sve/decode/cpu_state.h"
+#include "sve/decode/integer_types.h"
 
 #include <cstddef>
 #include <cstring>

@@ -66,17 +66,12 @@ template <class Wide> chunk<Wide> sum_halves(chunk<Wide> lanes) {
     return (lanes & static_cast<Wide>(static_cast<Wide>(-1) >> half)) + (lanes >> half);
 }
 
-template <class Element> struct twice_as_wide;
-template <> struct twice_as_wide<std::uint8_t> { using type = std::uint16_t; };
-template <> struct twice_as_wide<std::uint16_t> { using type = std::uint32_t; };
-template <> struct twice_as_wide<std::uint32_t> { using type = std::uint64_t; };
-
 // The sum of all lanes, zero-extended.
 template <class Element> std::uint64_t sum_lanes(chunk<Element> lanes) {
     if constexpr (sizeof(Element) == 8) {
         return lanes[0] + lanes[1];
     } else {
-        using wide = typename twice_as_wide<Element>::type;
+        using wide = twice_as_wide<Element>;
         return sum_lanes<wide>(sum_halves<wide>((chunk<wide>)lanes));
     }
 }
@@ -91,7 +86,7 @@ template <class Element> std::uint64_t sum_row(const std::uint8_t* pg, const std
             sums += active(i);
         return sum_lanes<Element>(sums);
     } else {
-        using wide = typename twice_as_wide<Element>::type;
+        using wide = twice_as_wide<Element>;
         chunk<wide> sums{};
 #pragma GCC unroll 8
         for (int i = 0; i < chunks_per_row; ++i)

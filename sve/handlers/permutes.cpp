@@ -75,9 +75,9 @@ constexpr auto select_odd = [](auto low, auto high, auto indices) {
     return odd_elements(low, high, indices);
 };
 
-// Widens the elements of half a row: `Wide` has the sign of the extension.
-template <class Narrow, class Wide>
-aarch64_decode_rc unpack_row(std::uint8_t* destination, const std::uint8_t* source) {
+// Widens the elements of half a row by the signedness of their type.
+template <class Narrow> aarch64_decode_rc unpack_row(std::uint8_t* destination, const std::uint8_t* source) {
+    using Wide = twice_as_wide<Narrow>;
     return compute_row<Wide>(destination, [source](int i) {
         // The element becomes the upper half of the wider one, and is shifted down with its sign or zeros.
         const chunk<Narrow> elements = load_chunk<Narrow>(source, i / 2);
@@ -86,13 +86,11 @@ aarch64_decode_rc unpack_row(std::uint8_t* destination, const std::uint8_t* sour
     });
 }
 
-template <class Narrow, class Wide>
-aarch64_decode_rc unpack_low(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_row<Narrow, Wide>(state->z[zd.reg], state->z[zn.reg]);
+template <class Narrow> aarch64_decode_rc unpack_low(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
+    return unpack_row<Narrow>(state->z[zd.reg], state->z[zn.reg]);
 }
-template <class Narrow, class Wide>
-aarch64_decode_rc unpack_high(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return unpack_row<Narrow, Wide>(state->z[zd.reg], state->z[zn.reg] + vector_bytes / 2);
+template <class Narrow> aarch64_decode_rc unpack_high(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
+    return unpack_row<Narrow>(state->z[zd.reg], state->z[zn.reg] + vector_bytes / 2);
 }
 
 #if defined(__aarch64__)
@@ -201,14 +199,14 @@ aarch64_decode_rc sve_rev_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg z
         return __VA_ARGS__(state, zd, zn);                                                                   \
     }
 
-UNPACK(sve_sunpklo_s2d_zz, unpack_low<std::int32_t, std::int64_t>)
-UNPACK(sve_sunpkhi_s2d_zz, unpack_high<std::int32_t, std::int64_t>)
-UNPACK(sve_uunpklo_b2h_zz, unpack_low<std::uint8_t, std::uint16_t>)
-UNPACK(sve_uunpklo_h2s_zz, unpack_low<std::uint16_t, std::uint32_t>)
-UNPACK(sve_uunpklo_s2d_zz, unpack_low<std::uint32_t, std::uint64_t>)
-UNPACK(sve_uunpkhi_b2h_zz, unpack_high<std::uint8_t, std::uint16_t>)
-UNPACK(sve_uunpkhi_h2s_zz, unpack_high<std::uint16_t, std::uint32_t>)
-UNPACK(sve_uunpkhi_s2d_zz, unpack_high<std::uint32_t, std::uint64_t>)
+UNPACK(sve_sunpklo_s2d_zz, unpack_low<std::int32_t>)
+UNPACK(sve_sunpkhi_s2d_zz, unpack_high<std::int32_t>)
+UNPACK(sve_uunpklo_b2h_zz, unpack_low<std::uint8_t>)
+UNPACK(sve_uunpklo_h2s_zz, unpack_low<std::uint16_t>)
+UNPACK(sve_uunpklo_s2d_zz, unpack_low<std::uint32_t>)
+UNPACK(sve_uunpkhi_b2h_zz, unpack_high<std::uint8_t>)
+UNPACK(sve_uunpkhi_h2s_zz, unpack_high<std::uint16_t>)
+UNPACK(sve_uunpkhi_s2d_zz, unpack_high<std::uint32_t>)
 #undef UNPACK
 
 aarch64_decode_rc sve_ext_zzi(cpu_state* state, aarch64_z_reg zdn, aarch64_z_reg zm, unsigned int position) {

@@ -10,15 +10,10 @@
 // A row of lanes of any width, by chunks.
 template <std::size_t count> using chunk_array = std::array<chunk<std::uint64_t>, count>;
 
-template <class Wide> struct half_as_wide;
-template <> struct half_as_wide<std::uint16_t> { using type = std::uint8_t; };
-template <> struct half_as_wide<std::uint32_t> { using type = std::uint16_t; };
-template <> struct half_as_wide<std::uint64_t> { using type = std::uint32_t; };
-
 // Makes lanes half as wide: the low halves of all lanes, in order.
 template <class Wide, std::size_t count>
 [[gnu::always_inline]] inline chunk_array<count / 2> keep_low_halves(const chunk_array<count>& wide) {
-    using narrow = typename half_as_wide<Wide>::type;
+    using narrow = half_as_wide<Wide>;
     chunk_array<count / 2> result;
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < count / 2; ++i) {
@@ -43,7 +38,7 @@ template <int bits, std::size_t count>
 template <class Lane, int bits, std::size_t count>
 [[gnu::always_inline]] inline auto pack_lanes(const chunk_array<count>& lanes) {
     if constexpr (sizeof(Lane) > 1) {
-        return pack_lanes<typename half_as_wide<Lane>::type, bits>(keep_low_halves<Lane>(lanes));
+        return pack_lanes<half_as_wide<Lane>, bits>(keep_low_halves<Lane>(lanes));
     } else if constexpr (bits == 8) {
         return lanes;
     } else if constexpr (count > 1) {

@@ -5,16 +5,9 @@
 
 namespace {
 
-// The type of the products that are summed into an accumulator element, twice as wide as their factors.
-template <class Element> struct product;
-template <> struct product<std::int32_t> { using type = std::int16_t; };
-template <> struct product<std::int64_t> { using type = std::int32_t; };
-template <> struct product<std::uint32_t> { using type = std::uint16_t; };
-template <> struct product<std::uint64_t> { using type = std::uint32_t; };
-
 // Groups of four factors, each with its sum in the element of the accumulator; a product has no overflow.
 template <class Element> chunk<Element> accumulate(chunk<Element> sums, chunk<Element> n, chunk<Element> m) {
-    using Product = typename product<Element>::type;
+    using Product = half_as_wide<Element>; // twice as wide as its factors
     using Bits = chunk<std::make_unsigned_t<Element>>;
     const auto a = (chunk<Product>)n;
     const auto b = (chunk<Product>)m;

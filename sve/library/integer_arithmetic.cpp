@@ -23,15 +23,6 @@ static VecV absolute_difference(const VecV& zdn, const PredV& pg, const VecV& zm
     });
 }
 
-// The type twice as wide, of the same signedness.
-template <class Element> struct wider;
-template <> struct wider<std::int8_t> { using type = std::int16_t; };
-template <> struct wider<std::int16_t> { using type = std::int32_t; };
-template <> struct wider<std::int32_t> { using type = std::int64_t; };
-template <> struct wider<std::uint8_t> { using type = std::uint16_t; };
-template <> struct wider<std::uint16_t> { using type = std::uint32_t; };
-template <> struct wider<std::uint32_t> { using type = std::uint64_t; };
-
 template <class Element>
 static VecV multiply_high(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context) {
     if constexpr (sizeof(Element) == 8) {
@@ -39,7 +30,7 @@ static VecV multiply_high(const VecV& zdn, const PredV& pg, const VecV& zm, cons
             return bits(multiply_wide(widen(a), widen(b)) >> width_of<Element>);
         });
     } else {
-        using Wide = typename wider<Element>::type;
+        using Wide = twice_as_wide<Element>;
         constexpr Wide high = static_cast<Wide>(~std::make_unsigned_t<Wide>{0} << width_of<Element>);
         return merge_two_chunks<Element>(zdn, pg, zm, context, [](auto x, auto y) {
             const auto a = (chunk<Wide>)x, b = (chunk<Wide>)y;

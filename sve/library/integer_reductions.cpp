@@ -2,9 +2,9 @@
 
 #include "sve/library/chunk_loops.h"
 
-// `Wide` is twice as wide as an element, which is enough for the sum of a longest vector.
-template <class Element, class Wide>
+template <class Element>
 static std::uint64_t add_reduce(const PredV& pg, const VecV& zn, const CpuContext* context) {
+    using Wide = twice_as_wide<Element>; // wide enough for the sum of a longest vector
     constexpr int width = 8 * sizeof(Element);
     chunk<Wide> sums = {};
     visit_chunks(context, [&](int w, auto k) {
@@ -20,11 +20,11 @@ static std::uint64_t add_reduce(const PredV& pg, const VecV& zn, const CpuContex
 }
 
 std::uint64_t VecS8AddReduceV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return add_reduce<std::int8_t, std::int16_t>(pg, zn, context);
+    return add_reduce<std::int8_t>(pg, zn, context);
 }
 std::uint64_t VecS16AddReduceV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return add_reduce<std::int16_t, std::int32_t>(pg, zn, context);
+    return add_reduce<std::int16_t>(pg, zn, context);
 }
 std::uint64_t VecS32AddReduceV(const PredV& pg, const VecV& zn, CpuContext* context) {
-    return add_reduce<std::int32_t, std::int64_t>(pg, zn, context);
+    return add_reduce<std::int32_t>(pg, zn, context);
 }

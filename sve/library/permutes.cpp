@@ -47,8 +47,8 @@ template <class Element> VecV compress(const PredV& pg, const VecV& zn, CpuConte
 
 enum class vector_half { low, high };
 
-template <class Narrow, class Element, vector_half half> VecV unpack(const VecV& zn, CpuContext* context) {
-    static_assert(2 * sizeof(Narrow) == sizeof(Element));
+template <class Element, vector_half half> VecV unpack(const VecV& zn, CpuContext* context) {
+    using Narrow = half_as_wide<Element>;
     const int start = half == vector_half::high ? vector_length(context) * 4 : 0;
     return for_each_chunk<Element>(context, [&](int i) {
         chunk<std::uint64_t> narrow = {};
@@ -86,7 +86,7 @@ VecV VecU64CompressVV(const PredV& pg, const VecV& zn, CpuContext* context) {
     return compress<std::uint64_t>(pg, zn, context);
 }
 
-UNARY_PRIMITIVE(VecS16UnpackLoV, unpack<std::int8_t, std::int16_t, vector_half::low>)
-UNARY_PRIMITIVE(VecS32UnpackLoV, unpack<std::int16_t, std::int32_t, vector_half::low>)
-UNARY_PRIMITIVE(VecS16UnpackHiV, unpack<std::int8_t, std::int16_t, vector_half::high>)
-UNARY_PRIMITIVE(VecS32UnpackHiV, unpack<std::int16_t, std::int32_t, vector_half::high>)
+UNARY_PRIMITIVE(VecS16UnpackLoV, unpack<std::int16_t, vector_half::low>)
+UNARY_PRIMITIVE(VecS32UnpackLoV, unpack<std::int32_t, vector_half::low>)
+UNARY_PRIMITIVE(VecS16UnpackHiV, unpack<std::int16_t, vector_half::high>)
+UNARY_PRIMITIVE(VecS32UnpackHiV, unpack<std::int32_t, vector_half::high>)

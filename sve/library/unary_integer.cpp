@@ -37,7 +37,7 @@ static Vector reverse_units(Vector units, std::integer_sequence<int, i...>) {
 template <class Element, int unit>
 static VecV reverse(const VecV& zd, const PredV& pg, const VecV& zn, const CpuContext* context) {
     return merge_chunks<Element>(zd, pg, zn, context, [](auto a) {
-        using Unit = std::conditional_t<unit == 1, std::uint8_t, std::uint16_t>;
+        using Unit = unsigned_integer<unit>;
         return reverse_units<sizeof(Element) / unit>((chunk<Unit>)a, chunk_indices<Unit>());
     });
 }
