@@ -73,7 +73,7 @@ template <class Element, class Memory> struct contiguous {
         std::uint8_t* const data = vector_row(state, zt.reg);
         const activity active = activity::of(predicate_row(state, pg.reg));
         if (!within_one_page<row_in_memory>(address) || !active.all<Element>())
-            return load_some(data, active, address);
+            return transfer_some<loads>(data, active, address);
         const memory_row loaded = memory_row::load(reinterpret_cast<const void*>(address));
         complete_before_fault();
         extend<Element>(loaded).store(data);
@@ -85,7 +85,7 @@ template <class Element, class Memory> struct contiguous {
         const std::uint8_t* const data = vector_row(state, zt.reg);
         const activity active = activity::of(predicate_row(state, pg.reg));
         if (!within_one_page<row_in_memory>(address) || !active.all<Element>())
-            return store_some(data, active, address);
+            return transfer_some<stores>(data, active, address);
         const auto elements = run<Element, chunks_per_row>::load(data);
         truncate<Memory>(elements).store(reinterpret_cast<void*>(address));
         return aarch64_emulated;
@@ -105,27 +105,30 @@ private:
         return chunks;
     }
 
-    [[gnu::noinline]] static aarch64_decode_rc load_some(std::uint8_t* data, activity active,
-                                                         std::uint64_t address) {
+    // Chunk by chunk, and where that won't do element by element: what is below one that faults has been
+    // done.
+    template <class Transfer>
+    [[gnu::noinline]] static aarch64_decode_rc transfer_some(typename Transfer::row data, activity active,
+                                                             std::uint64_t address) {
         const std::uint64_t whole = whole_chunks(active, address);
         if constexpr (unrolled) {
 #pragma GCC unroll 8
             for (int i = 0; i < chunks_per_row; ++i) {
                 if (elements_per_chunk > 2 && (whole >> i & 1))
-                    load_whole(data, address, i);
+                    Transfer::whole(data, address, i);
                 else
-                    load_active(data, active, address, i);
+                    Transfer::active(data, active, address, i);
             }
         } else {
             const std::uint64_t nonempty = active.nonempty_chunks<Element>();
 #pragma GCC unroll 1
             for (int i = 0; i < chunks_per_row; ++i, data += chunk_bytes, address += chunk_in_memory) {
                 if (whole >> i & 1)
-                    load_whole(data, address, 0);
+                    Transfer::whole(data, address, 0);
                 else if (nonempty >> i & 1)
-                    load_active(data, active, address, 0);
+                    Transfer::active(data, active, address, 0);
                 else
-                    store_chunk<Element>(data, 0, chunk<Element>{});
+                    Transfer::nothing(data);
                 complete_before_fault();
                 active.drop_chunk();
             }
@@ -133,72 +136,55 @@ private:
         return aarch64_emulated;
     }
 
-    [[gnu::noinline]] static aarch64_decode_rc store_some(const std::uint8_t* data, activity active,
-                                                          std::uint64_t address) {
-        const std::uint64_t whole = whole_chunks(active, address);
-        if constexpr (unrolled) {
-#pragma GCC unroll 8
-            for (int i = 0; i < chunks_per_row; ++i) {
-                if (elements_per_chunk > 2 && (whole >> i & 1))
-                    store_whole(data, address, i);
+    // Transfers of chunk i of a row: of all elements, of the active ones, of none.
+    struct loads {
+        using row = std::uint8_t*;
+
+        static void whole(row data, std::uint64_t address, int i) {
+            run<Memory, 1> loaded = {};
+            std::memcpy(&loaded, reinterpret_cast<const void*>(address + at(i * chunk_in_memory)),
+                        chunk_in_memory);
+            complete_before_fault();
+            store_chunk<Element>(data, i, extend<Element>(loaded).part[0]);
+            complete_before_fault();
+        }
+        static void active(row data, const activity& active, std::uint64_t address, int i) {
+            const auto start = reinterpret_cast<std::uint64_t>(data);
+#pragma GCC unroll 16
+            for (int k = 0; k < elements_per_chunk; ++k) {
+                const int element = i * elements_per_chunk + k;
+                const std::uint64_t place = start + at(element * sizeof(Element));
+                if (active.element<Element>(i, k))
+                    program_access<Element>::write(place, program_access<Memory>::template read_as<Element>(
+                                                              address + at(element * sizeof(Memory))));
                 else
-                    store_active(data, active, address, i);
-            }
-        } else {
-            const std::uint64_t nonempty = active.nonempty_chunks<Element>();
-#pragma GCC unroll 1
-            for (int i = 0; i < chunks_per_row; ++i, data += chunk_bytes, address += chunk_in_memory) {
-                if (whole >> i & 1)
-                    store_whole(data, address, 0);
-                else if (nonempty >> i & 1)
-                    store_active(data, active, address, 0);
-                active.drop_chunk();
+                    program_access<Element>::write(place, 0);
             }
         }
-        return aarch64_emulated;
-    }
+        static void nothing(row data) { store_chunk<Element>(data, 0, chunk<Element>{}); }
+    };
+    struct stores {
+        using row = const std::uint8_t*;
 
-    // Transfers of chunk i of the row.
-    static void load_whole(std::uint8_t* data, std::uint64_t address, int i) {
-        run<Memory, 1> loaded = {};
-        std::memcpy(&loaded, reinterpret_cast<const void*>(address + at(i * chunk_in_memory)),
-                    chunk_in_memory);
-        complete_before_fault();
-        store_chunk<Element>(data, i, extend<Element>(loaded).part[0]);
-        complete_before_fault();
-    }
-    static void store_whole(const std::uint8_t* data, std::uint64_t address, int i) {
-        run<Element, sizeof(Element) / sizeof(Memory)> elements = {};
-        elements.part[0] = load_chunk<Element>(data, i);
-        const run<Memory, 1> truncated = truncate<Memory>(elements);
-        std::memcpy(reinterpret_cast<void*>(address + at(i * chunk_in_memory)), &truncated, chunk_in_memory);
-        complete_before_fault();
-    }
-
-    // The same element by element: what is below one that faults has been done.
-    static void load_active(std::uint8_t* data, const activity& active, std::uint64_t address, int i) {
-        const auto row = reinterpret_cast<std::uint64_t>(data);
+        static void whole(row data, std::uint64_t address, int i) {
+            run<Element, sizeof(Element) / sizeof(Memory)> elements = {};
+            elements.part[0] = load_chunk<Element>(data, i);
+            const run<Memory, 1> truncated = truncate<Memory>(elements);
+            std::memcpy(reinterpret_cast<void*>(address + at(i * chunk_in_memory)), &truncated,
+                        chunk_in_memory);
+            complete_before_fault();
+        }
+        static void active(row data, const activity& active, std::uint64_t address, int i) {
 #pragma GCC unroll 16
-        for (int k = 0; k < elements_per_chunk; ++k) {
-            const int element = i * elements_per_chunk + k;
-            if (active.element<Element>(i, k)) {
-                const auto value =
-                    program_access<Memory>::template read_as<Element>(address + at(element * sizeof(Memory)));
-                program_access<Element>::write(row + at(element * sizeof(Element)), value);
-            } else {
-                program_access<Element>::write(row + at(element * sizeof(Element)), 0);
+            for (int k = 0; k < elements_per_chunk; ++k) {
+                const int element = i * elements_per_chunk + k;
+                if (active.element<Element>(i, k))
+                    program_access<Memory>::write(address + at(element * sizeof(Memory)),
+                                                  static_cast<Memory>(load_element<Element>(data, element)));
             }
         }
-    }
-    static void store_active(const std::uint8_t* data, const activity& active, std::uint64_t address, int i) {
-#pragma GCC unroll 16
-        for (int k = 0; k < elements_per_chunk; ++k) {
-            const int element = i * elements_per_chunk + k;
-            if (active.element<Element>(i, k))
-                program_access<Memory>::write(address + at(element * sizeof(Memory)),
-                                              static_cast<Memory>(load_element<Element>(data, element)));
-        }
-    }
+        static void nothing(row) {}
+    };
 
     template <class Integer> static constexpr std::uint64_t at(Integer bytes) {
         return static_cast<std::uint64_t>(bytes);

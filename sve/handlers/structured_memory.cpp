@@ -13,20 +13,11 @@ template <class Element, int registers> struct structured {
 
     static aarch64_decode_rc load(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                   std::uint64_t address) {
-        const activity active = activity::of(predicate_row(state, pg.reg));
-        if (!within_one_page<all_in_memory>(address) || !active.all<Element>())
-            return load_some(state, zt, active, address);
-        load_whole<elements_per_row<Element>>(register_group(state, zt), address);
-        return aarch64_emulated;
+        return transfer<loads>(state, zt, pg, address);
     }
-
     static aarch64_decode_rc store(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
                                    std::uint64_t address) {
-        const activity active = activity::of(predicate_row(state, pg.reg));
-        if (!within_one_page<all_in_memory>(address) || !active.all<Element>())
-            return store_some(state, zt, active, address);
-        store_whole<elements_per_row<Element>>(register_group(state, zt), address);
-        return aarch64_emulated;
+        return transfer<stores>(state, zt, pg, address);
     }
 
 private:
@@ -52,80 +43,28 @@ private:
         }
     };
 
-    using every_register = std::make_integer_sequence<int, registers>;
-
-    // An element at any alignment.
-    using unaligned __attribute__((aligned(1), may_alias)) = Element;
-
-    // Transfers of all of so many records. Plain loops over what is known not to
-    // overlap, since the compiler makes the host's own structured loads and stores of them.
-    template <int elements> static void load_whole(const register_group& group, std::uint64_t address) {
-        [&]<int... k>(std::integer_sequence<int, k...>) {
-            load_records<elements>(reinterpret_cast<const std::uint8_t*>(address), group.row[k]...);
-        }
-        (every_register());
-    }
-    template <int elements, class... Byte>
-    static void load_records(const std::uint8_t* __restrict memory, Byte* __restrict... row) {
-        for (int i = 0; i < elements; ++i) {
-            int k = i * registers;
-            ((reinterpret_cast<unaligned*>(row)[i] = reinterpret_cast<const unaligned*>(memory)[k++]), ...);
-        }
-    }
-
-    template <int elements> static void store_whole(const register_group& group, std::uint64_t address) {
-        [&]<int... k>(std::integer_sequence<int, k...>) {
-            store_records<elements>(reinterpret_cast<std::uint8_t*>(address), group.row[k]...);
-        }
-        (every_register());
-    }
-    template <int elements, class... Byte>
-    static void store_records(std::uint8_t* __restrict memory, const Byte* __restrict... row) {
-        for (int i = 0; i < elements; ++i) {
-            int k = i * registers;
-            ((reinterpret_cast<unaligned*>(memory)[k++] = reinterpret_cast<const unaligned*>(row)[i]), ...);
-        }
+    template <class Transfer>
+    static aarch64_decode_rc transfer(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg,
+                                      std::uint64_t address) {
+        const activity active = activity::of(predicate_row(state, pg.reg));
+        if (!within_one_page<all_in_memory>(address) || !active.all<Element>())
+            return transfer_some<Transfer>(state, zt, active, address);
+        Transfer::template whole<elements_per_row<Element>>(register_group(state, zt), address);
+        return aarch64_emulated;
     }
 
     // With few elements in a chunk, the tests for all chunks take no more room than a loop is worth.
     static constexpr bool unrolled = elements_per_chunk <= 2;
 
-    [[gnu::noinline]] static aarch64_decode_rc load_some(cpu_state* state, aarch64_z_reg zt, activity active,
-                                                         std::uint64_t address) {
+    // Chunk by chunk, and where that won't do element by element.
+    template <class Transfer>
+    [[gnu::noinline]] static aarch64_decode_rc transfer_some(cpu_state* state, aarch64_z_reg zt,
+                                                             activity active, std::uint64_t address) {
         register_group group(state, zt);
         if constexpr (unrolled) {
 #pragma GCC unroll 8
             for (int i = 0; i < chunks_per_row; ++i)
-                load_active(group, active, address, i);
-            return aarch64_emulated;
-        }
-        const std::uint64_t full = active.full_chunks<Element>(),
-                            nonempty = active.nonempty_chunks<Element>();
-#pragma GCC unroll 1
-        for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
-            if ((full >> i & 1) && within_one_page<chunk_in_memory>(address)) {
-                load_whole<elements_per_chunk>(group, address);
-            } else if (nonempty >> i & 1) {
-                load_active(group, active, address, 0);
-            } else {
-#pragma GCC unroll 4
-                for (int k = 0; k < registers; ++k)
-                    store_chunk<Element>(group.row[k], 0, chunk<Element>{});
-            }
-            complete_before_fault();
-            active.drop_chunk();
-            group.drop_chunk();
-        }
-        return aarch64_emulated;
-    }
-
-    [[gnu::noinline]] static aarch64_decode_rc store_some(cpu_state* state, aarch64_z_reg zt, activity active,
-                                                          std::uint64_t address) {
-        register_group group(state, zt);
-        if constexpr (unrolled) {
-#pragma GCC unroll 8
-            for (int i = 0; i < chunks_per_row; ++i)
-                store_active(group, active, address, i);
+                Transfer::active(group, active, address, i);
             return aarch64_emulated;
         }
         const std::uint64_t full = active.full_chunks<Element>(),
@@ -133,9 +72,11 @@ private:
 #pragma GCC unroll 1
         for (int i = 0; i < chunks_per_row; ++i, address += chunk_in_memory) {
             if ((full >> i & 1) && within_one_page<chunk_in_memory>(address))
-                store_whole<elements_per_chunk>(group, address);
+                Transfer::template whole<elements_per_chunk>(group, address);
             else if (nonempty >> i & 1)
-                store_active(group, active, address, 0);
+                Transfer::active(group, active, address, 0);
+            else
+                Transfer::nothing(group);
             complete_before_fault();
             active.drop_chunk();
             group.drop_chunk();
@@ -143,37 +84,81 @@ private:
         return aarch64_emulated;
     }
 
-    // Chunk i, element by element.
-    static void load_active(const register_group& group, const activity& active, std::uint64_t address,
-                            int i) {
-#pragma GCC unroll 16
-        for (int element = 0; element < elements_per_chunk; ++element) {
-            const int index = i * elements_per_chunk + element;
-            if (active.element<Element>(i, element)) {
-#pragma GCC unroll 4
-                for (int k = 0; k < registers; ++k)
-                    group.set(k, index, program_access<Element>::read(address_of(address, index, k)));
-            } else {
-#pragma GCC unroll 4
-                for (int k = 0; k < registers; ++k)
-                    group.set(k, index, 0);
+    using every_register = std::make_integer_sequence<int, registers>;
+
+    // An element at any alignment.
+    using unaligned __attribute__((aligned(1), may_alias)) = Element;
+
+    // Transfers: of all of so many records, of the active ones of chunk i, of none. The first are plain loops
+    // over what is known not to overlap, since the compiler makes the host's own structured loads and stores
+    // of them.
+    struct loads {
+        template <int elements> static void whole(const register_group& group, std::uint64_t address) {
+            [&]<int... k>(std::integer_sequence<int, k...>) {
+                records<elements>(reinterpret_cast<const std::uint8_t*>(address), group.row[k]...);
+            }
+            (every_register());
+        }
+        template <int elements, class... Byte>
+        static void records(const std::uint8_t* __restrict memory, Byte* __restrict... row) {
+            for (int i = 0; i < elements; ++i) {
+                int k = i * registers;
+                ((reinterpret_cast<unaligned*>(row)[i] = reinterpret_cast<const unaligned*>(memory)[k++]),
+                 ...);
             }
         }
-    }
-
-    static void store_active(const register_group& group, const activity& active, std::uint64_t address,
-                             int i) {
+        static void active(const register_group& group, const activity& active, std::uint64_t address,
+                           int i) {
 #pragma GCC unroll 16
-        for (int element = 0; element < elements_per_chunk; ++element) {
-            const int index = i * elements_per_chunk + element;
-            if (!active.element<Element>(i, element))
-                continue;
+            for (int element = 0; element < elements_per_chunk; ++element) {
+                const int index = i * elements_per_chunk + element;
+                if (active.element<Element>(i, element)) {
+#pragma GCC unroll 4
+                    for (int k = 0; k < registers; ++k)
+                        group.set(k, index, program_access<Element>::read(address_of(address, index, k)));
+                } else {
+#pragma GCC unroll 4
+                    for (int k = 0; k < registers; ++k)
+                        group.set(k, index, 0);
+                }
+            }
+        }
+        static void nothing(const register_group& group) {
 #pragma GCC unroll 4
             for (int k = 0; k < registers; ++k)
-                program_access<Element>::write(address_of(address, index, k),
-                                               load_element<Element>(group.row[k], index));
+                store_chunk<Element>(group.row[k], 0, chunk<Element>{});
         }
-    }
+    };
+    struct stores {
+        template <int elements> static void whole(const register_group& group, std::uint64_t address) {
+            [&]<int... k>(std::integer_sequence<int, k...>) {
+                records<elements>(reinterpret_cast<std::uint8_t*>(address), group.row[k]...);
+            }
+            (every_register());
+        }
+        template <int elements, class... Byte>
+        static void records(std::uint8_t* __restrict memory, const Byte* __restrict... row) {
+            for (int i = 0; i < elements; ++i) {
+                int k = i * registers;
+                ((reinterpret_cast<unaligned*>(memory)[k++] = reinterpret_cast<const unaligned*>(row)[i]),
+                 ...);
+            }
+        }
+        static void active(const register_group& group, const activity& active, std::uint64_t address,
+                           int i) {
+#pragma GCC unroll 16
+            for (int element = 0; element < elements_per_chunk; ++element) {
+                const int index = i * elements_per_chunk + element;
+                if (!active.element<Element>(i, element))
+                    continue;
+#pragma GCC unroll 4
+                for (int k = 0; k < registers; ++k)
+                    program_access<Element>::write(address_of(address, index, k),
+                                                   load_element<Element>(group.row[k], index));
+            }
+        }
+        static void nothing(const register_group&) {}
+    };
 
     static std::uint64_t address_of(std::uint64_t record, int index, int k) {
         return record + static_cast<std::uint64_t>(index * registers + k) * sizeof(Element);
