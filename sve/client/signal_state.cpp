@@ -3,7 +3,7 @@
 #include "drmgr.h"
 #include "signal_frame_record.h"
 #include "sve/client/sve_client.h"
-#include "sve/decode/cpu_state.h"
+#include "sve/decode/bridge.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,14 +30,14 @@ cpu_state* state_of(void* drcontext) {
     return static_cast<cpu_state*>(drmgr_get_tls_field(drcontext, tls_idx));
 }
 
-void pack(const std::uint8_t (&row)[vector_bytes], std::uint8_t (&packed)[packed_predicate_bytes]) {
-    for (int bit = 0; bit < vector_bytes; ++bit)
-        packed[bit / 8] |= static_cast<std::uint8_t>((row[bit] & 1) << (bit % 8));
+void pack(const std::uint8_t* row, std::uint8_t (&packed)[packed_predicate_bytes]) {
+    std::memcpy(packed, pack_predicate(row).words, sizeof packed);
 }
 
-void unpack(const std::uint8_t (&packed)[packed_predicate_bytes], std::uint8_t (&row)[vector_bytes]) {
-    for (int bit = 0; bit < vector_bytes; ++bit)
-        row[bit] = packed[bit / 8] >> (bit % 8) & 1;
+void unpack(const std::uint8_t (&packed)[packed_predicate_bytes], std::uint8_t* row) {
+    PredV predicate = {};
+    std::memcpy(predicate.words, packed, sizeof packed);
+    unpack_predicate(row, predicate);
 }
 
 bool is_zero(const std::uint8_t* from, std::size_t bytes) {
