@@ -1,8 +1,7 @@
 #include "sve/handlers/first_fault_loads.h"
 
 #include "sve/client/fault_trapping.h"
-#include "sve/decode/program_access.h"
-#include "sve/handlers/elements.h"
+#include "sve/handlers/memory_access.h"
 #include "sve/library/memory_access.h"
 
 #include <algorithm>
@@ -24,9 +23,9 @@ template <class Element, class Memory> struct element_loads {
     element_loads(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg)
         : data(state->z[zt.reg]), predicate(state->p[pg.reg]) {}
 
-    bool is_active(int i) const { return predicate[i * static_cast<int>(sizeof(Element))] & 1; }
+    bool is_active(int i) const { return element_active<Element>(predicate, i); }
     void set(int i, Element value) const {
-        std::memcpy(data + i * static_cast<int>(sizeof(Element)), &value, sizeof value);
+        store_element(data, i, value);
         complete_before_fault();
     }
     void load(int i, std::uint64_t address) const {
@@ -52,10 +51,8 @@ template <class Element, class Memory, contiguous_immediate_handler* plain_load>
 aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg, aarch64_i_rsp_reg rn,
                                  int imm4) {
     constexpr int count = elements_per_row<Element>;
-    constexpr int element_bytes = static_cast<int>(sizeof(Element));
     constexpr int memory_bytes = static_cast<int>(sizeof(Memory));
-    std::uint64_t address =
-        read_register(state, rn) + static_cast<std::uint64_t>(imm4 * count * memory_bytes);
+    std::uint64_t address = immediate_address(state, rn, imm4, count * memory_bytes);
 
     bool readable = is_readable(address);
     std::int32_t probed_offset = offset_in_page(address);
@@ -77,7 +74,7 @@ aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_r
         if (readable)
             elements.load(i, address);
         else
-            std::memset(state->ffr + i * element_bytes, 0, sizeof(Element));
+            store_element(state->ffr, i, Element{0});
     }
     return aarch64_emulated;
 }
@@ -86,7 +83,7 @@ aarch64_decode_rc load_non_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_r
 template <class Element, class Memory, contiguous_scaled_handler* plain_load>
 aarch64_decode_rc load_first_fault(cpu_state* state, aarch64_z_reg zt, aarch64_p_reg pg, aarch64_i_rsp_reg rn,
                                    aarch64_i_reg rm) {
-    const std::uint64_t address = read_register(state, rn) + read_register(state, rm) * sizeof(Memory);
+    const std::uint64_t address = scaled_address<Memory>(state, rn, rm);
     const std::int32_t offset = offset_in_page(address);
     // The size of the register decides, whatever the load's size in memory is.
     if (offset <= offset_in_page(address + vector_bytes) || is_readable(address + page_size))
