@@ -15,17 +15,10 @@ using half_bits = std::uint16_t;
 using single_bits = std::uint32_t;
 using double_bits = std::uint64_t;
 
-// The bits of a predicate's word that stand for active elements below the vector length.
-template <class Element>
-inline std::uint64_t active_bits(const PredV& pg, int word, const CpuContext* context) {
-    return pg.words[word] & lowest_bits_of_groups(sizeof(Element)) &
-           bits_below(predicate_length(context), word);
-}
-
 template <class Element> inline bool any_active(const PredV& pg, const CpuContext* context) {
     std::uint64_t bits = 0;
     for (int w = 0, words = word_count(context); w < words; ++w)
-        bits |= active_bits<Element>(pg, w, context);
+        bits |= active_bits<Element>(pg, w, predicate_length(context));
     return bits != 0;
 }
 
@@ -33,7 +26,8 @@ template <class Element> inline bool any_active(const PredV& pg, const CpuContex
 // place of its predicate bit in the word.
 template <class Element, class Operation>
 inline void for_each_active_in(const PredV& pg, int word, const CpuContext* context, Operation operation) {
-    for (std::uint64_t bits = active_bits<Element>(pg, word, context); bits != 0; bits &= bits - 1) {
+    for (std::uint64_t bits = active_bits<Element>(pg, word, predicate_length(context)); bits != 0;
+         bits &= bits - 1) {
         const auto bit = static_cast<unsigned>(std::countr_zero(bits));
         operation(static_cast<int>((64u * static_cast<unsigned>(word) + bit) / sizeof(Element)), bit);
     }

@@ -11,8 +11,7 @@ template <class Element> static int count_active(const PredV& predicate, const C
     const int length = predicate_length(context);
     int count = 0;
     for (int w = 0, words = word_count(context); w < words; ++w)
-        count += std::popcount(predicate.words[w] & lowest_bits_of_groups(sizeof(Element)) &
-                               bits_below(length, w));
+        count += std::popcount(active_bits<Element>(predicate, w, length));
     return count;
 }
 

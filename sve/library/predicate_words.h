@@ -23,6 +23,11 @@ inline int predicate_length(const CpuContext* context) { return vector_length(co
 // The number of a predicate's words that hold the elements below the vector length.
 inline int word_count(const CpuContext* context) { return (predicate_length(context) + 63) / 64; }
 
+// The bits of a predicate's word that stand for active elements among the predicate's first `length` bits.
+template <class Element> inline std::uint64_t active_bits(const PredV& pg, int word, int length) {
+    return pg.words[word] & lowest_bits_of_groups(sizeof(Element)) & bits_below(length, word);
+}
+
 // The predicate whose words `word_at(0)` to `word_at(3)` gives, with all bits from `bit_count` up cleared.
 template <class WordAt> inline PredV predicate_of_words(int bit_count, WordAt word_at) {
     PredV result = {};
