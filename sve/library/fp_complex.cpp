@@ -3,16 +3,16 @@
 #include "sve/fp/fp_arithmetic.h"
 #include "sve/fp/fp_multiply_add.h"
 
+namespace {
+
 // Element i is the real part of a number when i is even and the imaginary part of the one before when odd.
 
-template <class Bits> static Bits negate_if(bool negative, Bits value) {
-    return negative ? FPNeg(value) : value;
-}
+template <class Bits> Bits negate_if(bool negative, Bits value) { return negative ? FPNeg(value) : value; }
 
 // Each part adds the other part of zm, one of them negated: the real part for 90 degrees (0), the imaginary
 // part for 270 (1).
 template <class Bits>
-static VecV add_rotated(const VecV& zdn, const PredV& pg, const VecV& zm, unsigned rot, CpuContext* context) {
+VecV add_rotated(const VecV& zdn, const PredV& pg, const VecV& zm, unsigned rot, CpuContext* context) {
     return fp_merge_each<Bits>(zdn, pg, context, [&](int i, FPSCR& fpscr) {
         const bool negative = (static_cast<unsigned>(i) & 1) == rot;
         return FPAdd(get_element<Bits>(zdn, i), negate_if(negative, get_element<Bits>(zm, i ^ 1)), fpscr);
@@ -31,15 +31,15 @@ struct rotation {
 
 // The part of a product that is added to element i, where zm's element i stands at `position`.
 template <class Bits>
-static Bits multiply_add_part(const rotation& by, const VecV& zda, const VecV& zn, const VecV& zm, int i,
-                              int position, FPSCR& fpscr) {
+Bits multiply_add_part(const rotation& by, const VecV& zda, const VecV& zn, const VecV& zm, int i,
+                       int position, FPSCR& fpscr) {
     const Bits zm_factor = negate_if(by.negative[i & 1], get_element<Bits>(zm, position ^ by.odd));
     return FPMulAdd(get_element<Bits>(zda, i), get_element<Bits>(zn, (i & ~1) | by.odd), zm_factor, fpscr);
 }
 
 template <class Bits>
-static VecV multiply_add(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, unsigned rot,
-                         CpuContext* context) {
+VecV multiply_add(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, unsigned rot,
+                  CpuContext* context) {
     const rotation by(rot);
     return fp_merge_each<Bits>(zda, pg, context, [&](int i, FPSCR& fpscr) {
         return multiply_add_part<Bits>(by, zda, zn, zm, i, i, fpscr);
@@ -48,8 +48,8 @@ static VecV multiply_add(const VecV& zda, const PredV& pg, const VecV& zn, const
 
 // The factor from zm is the number at `index` in the 128-bit segment of each element.
 template <class Bits>
-static VecV multiply_add_indexed(const VecV& zda, const VecV& zn, const VecV& zm, unsigned rot, int index,
-                                 CpuContext* context) {
+VecV multiply_add_indexed(const VecV& zda, const VecV& zn, const VecV& zm, unsigned rot, int index,
+                          CpuContext* context) {
     constexpr int segment_elements = 16 / sizeof(Bits);
     const rotation by(rot);
     return fp_each_element<Bits>(context, [&](int i, FPSCR& fpscr) {
@@ -57,6 +57,8 @@ static VecV multiply_add_indexed(const VecV& zda, const VecV& zn, const VecV& zm
         return multiply_add_part<Bits>(by, zda, zn, zm, i, position, fpscr);
     });
 }
+
+} // namespace
 
 VecV VecF16FCADDVVM(const VecV& zdn, const PredV& pg, const VecV& zm, unsigned rot, CpuContext* context) {
     return add_rotated<half_bits>(zdn, pg, zm, rot, context);

@@ -3,11 +3,13 @@
 #include "sve/fp/fp_arithmetic.h"
 #include "sve/fp/fp_multiply_add.h"
 
+namespace {
+
 // What an instruction of the family negates before the fused operation: a NaN operand comes out with its sign
 // inverted.
 enum class negated { nothing, product, addend, both };
 
-template <class Bits, negated what> static Bits fused(Bits addend, Bits op1, Bits op2, FPSCR& fpscr) {
+template <class Bits, negated what> Bits fused(Bits addend, Bits op1, Bits op2, FPSCR& fpscr) {
     constexpr bool negate_addend = what == negated::addend || what == negated::both;
     constexpr bool negate_product = what == negated::product || what == negated::both;
     return FPMulAdd(negate_addend ? FPNeg(addend) : addend, negate_product ? FPNeg(op1) : op1, op2, fpscr);
@@ -15,8 +17,7 @@ template <class Bits, negated what> static Bits fused(Bits addend, Bits op1, Bit
 
 // The addend is the destination.
 template <class Bits, negated what>
-static VecV accumulate(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm,
-                       CpuContext* context) {
+VecV accumulate(const VecV& zda, const PredV& pg, const VecV& zn, const VecV& zm, CpuContext* context) {
     return fp_merge_each<Bits>(zda, pg, context, [&](int i, FPSCR& fpscr) {
         return fused<Bits, what>(get_element<Bits>(zda, i), get_element<Bits>(zn, i),
                                  get_element<Bits>(zm, i), fpscr);
@@ -25,7 +26,7 @@ static VecV accumulate(const VecV& zda, const PredV& pg, const VecV& zn, const V
 
 // The first factor is the destination.
 template <class Bits, negated what>
-static VecV multiply(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
+VecV multiply(const VecV& zdn, const PredV& pg, const VecV& zm, const VecV& za, CpuContext* context) {
     return fp_merge_each<Bits>(zdn, pg, context, [&](int i, FPSCR& fpscr) {
         return fused<Bits, what>(get_element<Bits>(za, i), get_element<Bits>(zdn, i),
                                  get_element<Bits>(zm, i), fpscr);
@@ -33,26 +34,26 @@ static VecV multiply(const VecV& zdn, const PredV& pg, const VecV& zm, const Vec
 }
 
 // The element at `index` of the 128-bit segment that element i is in.
-template <class Bits> static Bits element_of_segment(const VecV& zm, int i, int index) {
+template <class Bits> Bits element_of_segment(const VecV& zm, int i, int index) {
     constexpr int segment_elements = 16 / sizeof(Bits);
     return get_element<Bits>(zm, (i & -segment_elements) + index);
 }
 
 template <class Bits, negated what>
-static VecV accumulate_indexed(const VecV& zda, const VecV& zn, const VecV& zm, int index,
-                               CpuContext* context) {
+VecV accumulate_indexed(const VecV& zda, const VecV& zn, const VecV& zm, int index, CpuContext* context) {
     return fp_each_element<Bits>(context, [&](int i, FPSCR& fpscr) {
         return fused<Bits, what>(get_element<Bits>(zda, i), get_element<Bits>(zn, i),
                                  element_of_segment<Bits>(zm, i, index), fpscr);
     });
 }
 
-template <class Bits>
-static VecV multiply_indexed(const VecV& zn, const VecV& zm, int index, CpuContext* context) {
+template <class Bits> VecV multiply_indexed(const VecV& zn, const VecV& zm, int index, CpuContext* context) {
     return fp_each_element<Bits>(context, [&](int i, FPSCR& fpscr) {
         return FPMul(get_element<Bits>(zn, i), element_of_segment<Bits>(zm, i, index), fpscr);
     });
 }
+
+} // namespace
 
 // A primitive a line. Macros, since only they can make the names.
 #define ACCUMULATE(name, bits, what)                                                                         \
