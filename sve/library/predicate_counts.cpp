@@ -1,53 +1,39 @@
 #include "sve/library/predicate_counts.h"
 
-#include "sve/library/chunk_loops.h"
 #include "sve/library/predicate_words.h"
 #include "sve/library/saturating_chunks.h"
 #include "sve/library/saturation.h"
 
 #include <bit>
 
-template <class Element> static int count_active(const PredV& predicate, const CpuContext* context) {
+template <class Element>
+static unsigned long count_active(const PredV& predicate, const CpuContext* context) {
     const int length = predicate_length(context);
-    int count = 0;
+    unsigned long count = 0;
     for (int w = 0, words = word_count(context); w < words; ++w)
-        count += std::popcount(active_bits<Element>(predicate, w, length));
+        count += static_cast<unsigned>(std::popcount(active_bits<Element>(predicate, w, length)));
     return count;
 }
 
 template <class Element>
 static std::uint64_t subtract_count(std::uint64_t operand, const PredV& pm, const CpuContext* context) {
-    return operand - static_cast<std::uint64_t>(count_active<Element>(pm, context));
+    return operand - count_active<Element>(pm, context);
 }
 
 // `sign` is 1 or -1.
 template <class Element, int sign>
 static VecV add_count(const VecV& zdn, const PredV& pm, const CpuContext* context) {
-    const auto step = static_cast<Element>(sign * count_active<Element>(pm, context));
+    const auto step = static_cast<Element>(sign * static_cast<long>(count_active<Element>(pm, context)));
     return map_chunks<Element>(zdn, context, [=](auto a) { return a + step; });
 }
 
-template <class Element> static auto active_step(const PredV& pm, const CpuContext* context) {
-    return uniform_step<Element>(static_cast<unsigned long>(count_active<Element>(pm, context)));
-}
 template <class Element>
 static VecV add_saturating(const VecV& zdn, const PredV& pm, const CpuContext* context) {
-    return map_chunks<Element>(zdn, context, [count = active_step<Element>(pm, context)](auto a) {
-        return add_step<Element>(a, count);
-    });
+    return add_to_elements<Element>(zdn, count_active<Element>(pm, context), context);
 }
 template <class Element>
 static VecV subtract_saturating(const VecV& zdn, const PredV& pm, const CpuContext* context) {
-    return map_chunks<Element>(zdn, context, [count = active_step<Element>(pm, context)](auto a) {
-        return subtract_step<Element>(a, count);
-    });
-}
-
-// `combine` is SatAdd or SatSub.
-template <class Element, class Value, auto combine>
-static Value saturate_register(std::uint64_t operand, const PredV& pm, const CpuContext* context) {
-    const auto count = static_cast<std::uint64_t>(count_active<Element>(pm, context));
-    return static_cast<Value>(combine(operand, count, width_of<Value>, std::is_unsigned_v<Value>).value);
+    return subtract_from_elements<Element>(zdn, count_active<Element>(pm, context), context);
 }
 
 // A primitive a line. Macros, since only they can make the names.
@@ -90,7 +76,7 @@ VECTOR_COUNT(VecU64QDecrCountPV, subtract_saturating<std::uint64_t>)
 
 #define SATURATED_COUNT(name, element, value, combine)                                                       \
     value name(std::uint64_t operand, const PredV& pm, CpuContext* context) {                                \
-        return saturate_register<element, value, combine>(operand, pm, context);                             \
+        return saturate_register<value, combine>(operand, count_active<element>(pm, context));               \
     }
 
 SATURATED_COUNT(VecS8QIncrSCount4PS, std::int8_t, std::int32_t, SatAdd)

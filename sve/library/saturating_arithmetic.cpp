@@ -1,6 +1,5 @@
 #include "sve/library/saturating_arithmetic.h"
 
-#include "sve/library/chunk_loops.h"
 #include "sve/library/primitive_definitions.h"
 #include "sve/library/saturating_chunks.h"
 
@@ -9,18 +8,6 @@ template <class Element> static VecV add(const VecV& zn, const VecV& zm, const C
 }
 template <class Element> static VecV subtract(const VecV& zn, const VecV& zm, const CpuContext* context) {
     return map_chunks<Element>(zn, zm, context, subtract_saturated<Element>);
-}
-
-template <class Element> static VecV add(const VecV& zdn, unsigned int immediate, const CpuContext* context) {
-    return map_chunks<Element>(zdn, context, [step = uniform_step<Element>(immediate)](auto a) {
-        return add_step<Element>(a, step);
-    });
-}
-template <class Element>
-static VecV subtract(const VecV& zdn, unsigned int immediate, const CpuContext* context) {
-    return map_chunks<Element>(zdn, context, [step = uniform_step<Element>(immediate)](auto a) {
-        return subtract_step<Element>(a, step);
-    });
 }
 
 VECTOR_PRIMITIVE(VecS8QAddVVX, add<std::int8_t>)
@@ -47,21 +34,21 @@ VECTOR_PRIMITIVE(VecU64QSubVVX, subtract<std::uint64_t>)
         return __VA_ARGS__(zdn, immediate, context);                                                         \
     }
 
-IMMEDIATE_PRIMITIVE(VecS8QAddVIX, add<std::int8_t>)
-IMMEDIATE_PRIMITIVE(VecS16QAddVIX, add<std::int16_t>)
-IMMEDIATE_PRIMITIVE(VecS32QAddVIX, add<std::int32_t>)
-IMMEDIATE_PRIMITIVE(VecS64QAddVIX, add<std::int64_t>)
-IMMEDIATE_PRIMITIVE(VecU8QAddVIX, add<std::uint8_t>)
-IMMEDIATE_PRIMITIVE(VecU16QAddVIX, add<std::uint16_t>)
-IMMEDIATE_PRIMITIVE(VecU32QAddVIX, add<std::uint32_t>)
-IMMEDIATE_PRIMITIVE(VecU64QAddVIX, add<std::uint64_t>)
+IMMEDIATE_PRIMITIVE(VecS8QAddVIX, add_to_elements<std::int8_t>)
+IMMEDIATE_PRIMITIVE(VecS16QAddVIX, add_to_elements<std::int16_t>)
+IMMEDIATE_PRIMITIVE(VecS32QAddVIX, add_to_elements<std::int32_t>)
+IMMEDIATE_PRIMITIVE(VecS64QAddVIX, add_to_elements<std::int64_t>)
+IMMEDIATE_PRIMITIVE(VecU8QAddVIX, add_to_elements<std::uint8_t>)
+IMMEDIATE_PRIMITIVE(VecU16QAddVIX, add_to_elements<std::uint16_t>)
+IMMEDIATE_PRIMITIVE(VecU32QAddVIX, add_to_elements<std::uint32_t>)
+IMMEDIATE_PRIMITIVE(VecU64QAddVIX, add_to_elements<std::uint64_t>)
 
-IMMEDIATE_PRIMITIVE(VecS8QSubVIX, subtract<std::int8_t>)
-IMMEDIATE_PRIMITIVE(VecS16QSubVIX, subtract<std::int16_t>)
-IMMEDIATE_PRIMITIVE(VecS32QSubVIX, subtract<std::int32_t>)
-IMMEDIATE_PRIMITIVE(VecS64QSubVIX, subtract<std::int64_t>)
-IMMEDIATE_PRIMITIVE(VecU8QSubVIX, subtract<std::uint8_t>)
-IMMEDIATE_PRIMITIVE(VecU16QSubVIX, subtract<std::uint16_t>)
-IMMEDIATE_PRIMITIVE(VecU32QSubVIX, subtract<std::uint32_t>)
-IMMEDIATE_PRIMITIVE(VecU64QSubVIX, subtract<std::uint64_t>)
+IMMEDIATE_PRIMITIVE(VecS8QSubVIX, subtract_from_elements<std::int8_t>)
+IMMEDIATE_PRIMITIVE(VecS16QSubVIX, subtract_from_elements<std::int16_t>)
+IMMEDIATE_PRIMITIVE(VecS32QSubVIX, subtract_from_elements<std::int32_t>)
+IMMEDIATE_PRIMITIVE(VecS64QSubVIX, subtract_from_elements<std::int64_t>)
+IMMEDIATE_PRIMITIVE(VecU8QSubVIX, subtract_from_elements<std::uint8_t>)
+IMMEDIATE_PRIMITIVE(VecU16QSubVIX, subtract_from_elements<std::uint16_t>)
+IMMEDIATE_PRIMITIVE(VecU32QSubVIX, subtract_from_elements<std::uint32_t>)
+IMMEDIATE_PRIMITIVE(VecU64QSubVIX, subtract_from_elements<std::uint64_t>)
 #undef IMMEDIATE_PRIMITIVE

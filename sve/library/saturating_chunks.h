@@ -1,8 +1,8 @@
-// Saturating sums and differences of whole chunks. A step is bounded by the room that is left, so that
-// nothing overflows on the way.
+// Saturating sums and differences of whole chunks, and of vectors and one number. A step is bounded by the
+// room that is left, so that nothing overflows on the way.
 #pragma once
 
-#include "sve/handlers/elements.h"
+#include "sve/library/chunk_loops.h"
 
 #include <limits>
 #include <type_traits>
@@ -58,4 +58,18 @@ template <class Element> inline auto uniform_step(unsigned long step) {
     using Bits = std::make_unsigned_t<Element>;
     constexpr unsigned long most = std::numeric_limits<Bits>::max();
     return broadcast(static_cast<Bits>(step < most ? step : most));
+}
+
+// vector[i] plus or minus the step, saturated.
+template <class Element>
+inline VecV add_to_elements(const VecV& vector, unsigned long step, const CpuContext* context) {
+    return map_chunks<Element>(vector, context, [steps = uniform_step<Element>(step)](auto a) {
+        return add_step<Element>(a, steps);
+    });
+}
+template <class Element>
+inline VecV subtract_from_elements(const VecV& vector, unsigned long step, const CpuContext* context) {
+    return map_chunks<Element>(vector, context, [steps = uniform_step<Element>(step)](auto a) {
+        return subtract_step<Element>(a, steps);
+    });
 }

@@ -6,6 +6,8 @@
 
 #include "sve/library/wide_integers.h"
 
+#include <type_traits>
+
 // A value, and 1 if saturation changed it, 0 if not.
 struct saturation {
     std::uint64_t value;
@@ -41,6 +43,14 @@ struct saturation {
 // The saturated difference of two elements, always as an N-bit pattern.
 [[gnu::used]] inline saturation SatSub(std::uint64_t a, std::uint64_t b, int N, bool is_unsigned) {
     return SatQ(SubInt(Int(a, N, is_unsigned), Int(b, N, is_unsigned)), N, is_unsigned);
+}
+
+// The low bits of a register plus or minus a count, in the range of the register's type: `combine` is SatAdd
+// or SatSub.
+template <class Register, auto combine>
+inline Register saturate_register(std::uint64_t operand, std::uint64_t count) {
+    constexpr int width = 8 * static_cast<int>(sizeof(Register));
+    return static_cast<Register>(combine(operand, count, width, std::is_unsigned_v<Register>).value);
 }
 
 // The low word of the product of two elements, not saturated, with the flag telling whether it is out of
