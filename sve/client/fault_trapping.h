@@ -2,19 +2,23 @@
 // where the section began, and the probe, which asks whether an address can be read. A fault outside of both
 // ends the process.
 //
-// The guard is for one thread at a time: a second thread's guarded section, or its fault, takes over the
-// first one's. The probe changes the process's action for SIGSEGV while it runs.
+// What both set up serves the whole process: the flag, the return point, and the action for SIGSEGV, which
+// the probe changes while it runs. So there is a mutex.
 #pragma once
 
+#include "sve/client/inline_mutex.h"
 #include "sve/decode/library_values.h"
 
 #include <csetjmp>
 #include <csignal>
 #include <cstdint>
 
-// Non-zero while a guarded section runs. A section is: record the return point by sigsetjmp on sveFaultJB,
-// saving the signal mask; set the region to 1; access memory; set it to 0. When sigsetjmp returns a second
-// time, the access has faulted and the region is 0 again.
+// Held while a guarded section or a probe runs. A fork waits for it.
+extern inline_mutex fault_trapping_mutex;
+
+// Non-zero while a guarded section runs. A section is: take the mutex; record the return point by sigsetjmp
+// on sveFaultJB, saving the signal mask; set the region to 1; access memory; set it to 0. When sigsetjmp
+// returns a second time, the access has faulted and the region is 0 again.
 extern volatile std::uint32_t SVEFaultRegion;
 extern sigjmp_buf sveFaultJB;
 
@@ -30,7 +34,8 @@ std::uint32_t SVEInitialize();
 // process. The application's own handlers are not called.
 void SVESigHandler(int signal, siginfo_t* info, void* context);
 
-// Whether one byte can be read at the address, whatever address it is. A bus error, as beyond the end of a
-// mapped file, is not covered: it goes to the action for SIGBUS.
+// Whether one byte can be read at the address, whatever address it is. A fault of another thread meanwhile
+// has the effect that it would have without the probe. A bus error, as beyond the end of a mapped file, is
+// not covered: it goes to the action for SIGBUS.
 template <class Byte> bool addr_is_readable(volatile Byte* address);
 template <> bool addr_is_readable<char>(volatile char* address);

@@ -18,6 +18,35 @@ inline void load_and_drop(std::uint64_t address) {
 #endif
 }
 
+// The same, but first `place` becomes the address of the load.
+inline void load_and_drop(std::uint64_t address, volatile std::uint64_t& place) {
+#if defined(__aarch64__)
+    std::uint64_t value;
+    __asm__ volatile("adr %0, 1f\n\t"
+                     "str %0, %1\n"
+                     "1:\tldrb %w0, [%2]"
+                     : "=&r"(value), "=m"(place)
+                     : "r"(address)
+                     : "memory");
+#else
+    __asm__ volatile("leaq 1f(%%rip), %%rax\n\t"
+                     "movq %%rax, %0\n"
+                     "1:\tmovb (%%rdx), %%al"
+                     : "=m"(place)
+                     : "d"(address)
+                     : "rax", "memory");
+#endif
+}
+
+// The program counter of an interrupted context.
+inline std::uint64_t interrupted_at(const ucontext_t* context) {
+#if defined(__aarch64__)
+    return context->uc_mcontext.pc;
+#else
+    return static_cast<std::uint64_t>(context->uc_mcontext.gregs[REG_RIP]);
+#endif
+}
+
 // Moves the program counter of an interrupted context from the load of `load_and_drop` to what follows it.
 inline void step_over_load(ucontext_t* context) {
 #if defined(__aarch64__)

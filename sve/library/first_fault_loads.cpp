@@ -32,7 +32,9 @@ template <class Element, class Memory, class Address>
 VecV load_until_fault(const PredV& pg, Address address_of, CpuContext* context) {
     VecV result;
     const int count = element_count<Element>(context);
+    fault_trapping_mutex.lock();
     const int readable = load_readable<Element, Memory>(result, pg, address_of, context);
+    fault_trapping_mutex.unlock();
     for (int i = readable; i < count; ++i) {
         set_element<Element>(result, i, 0);
         set_predicate_element<Element>(context->ffr, i, false);

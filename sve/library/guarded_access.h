@@ -7,7 +7,8 @@
 #include <cstdint>
 
 // Loads both ends of a value at the address, because it may straddle the end of a page. A fault returns to
-// the guard: the caller has recorded the return point by sigsetjmp on sveFaultJB, saving the signal mask.
+// the guard: the caller holds fault_trapping_mutex, and has recorded the return point by sigsetjmp on
+// sveFaultJB, saving the signal mask.
 template <class Value> inline void touch_guarded(std::uint64_t address) {
     SVEFaultRegion = 1;
     load_and_drop(address);

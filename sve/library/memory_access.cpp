@@ -2,6 +2,8 @@
 
 #include "sve/library/guarded_access.h"
 
+#include <mutex>
+
 namespace {
 
 template <class Value> Value read_guarded(unsigned long address, bool* fault) {
@@ -14,7 +16,10 @@ template <class Value> Value read_guarded(unsigned long address, bool* fault) {
 }
 
 template <class Value> Value read(unsigned long address, bool* fault) {
-    return fault == nullptr ? program_access<Value>::read(address) : read_guarded<Value>(address, fault);
+    if (fault == nullptr)
+        return program_access<Value>::read(address);
+    const std::lock_guard lock(fault_trapping_mutex);
+    return read_guarded<Value>(address, fault);
 }
 
 void clear(bool* fault) {

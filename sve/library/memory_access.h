@@ -12,8 +12,7 @@ extern std::uint32_t page_size;
 
 // Loads a value of 1, 2, 4 or 8 bytes. With `fault` null, a fault ends the process. Otherwise the read is
 // guarded: if the value's first or last byte cannot be read, `*fault` becomes true and the result is 0; if
-// both can, `*fault` stays as it was. The other arguments do not matter. Guarded reads are for one thread at
-// a time.
+// both can, `*fault` stays as it was. The other arguments do not matter.
 std::uint8_t ReadMemLib1(unsigned long address, int ignored, bool* fault, CpuContext* context);
 std::uint16_t ReadMemLib2(unsigned long address, int ignored, bool* fault, CpuContext* context);
 std::uint32_t ReadMemLib4(unsigned long address, int ignored, bool* fault, CpuContext* context);

@@ -1,9 +1,13 @@
 #include "sve/client/fault_trapping.h"
 
+#include "sve/client/host_fault.h"
+#include "sve/library/memory_access.h"
 #include "tests/unit/fault_tools.h"
 
+#include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -134,6 +138,58 @@ TEST(Probe, TellsWhatCanBeReadAndLeavesTheActionInPlace) {
         }
     }
     sigaction(SIGSEGV, &at_load, nullptr);
+}
+
+// Calls body(turn) in several threads at once, and returns for how many turns it wasn't true.
+template <class Body> int failures_in_threads(Body body) {
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([&] {
+            for (int turn = 0; turn < 500; ++turn)
+                failures += !body(turn);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    return failures;
+}
+
+TEST(FaultTrapping, ServesThreadsAtOnce) {
+    page_pair pages;
+    pages.set_readable(true, false);
+    EXPECT_EQ(failures_in_threads([&](int turn) {
+                  const std::uint64_t address = pages.boundary() - static_cast<unsigned>(turn % 2);
+                  bool fault = false;
+                  ReadMemLib1(address, 0, &fault, nullptr);
+                  return fault != pages.readable(address) &&
+                         addr_is_readable<char>(at(address)) == pages.readable(address);
+              }),
+              0);
+    EXPECT_EQ(action_for(SIGSEGV).sa_sigaction, SVESigHandler);
+}
+
+TEST(Probe, LeavesOtherThreadsTheirFaults) {
+    page_pair pages;
+    pages.set_readable(true, false);
+    static std::atomic<int> faults = 0;
+    struct sigaction counting = {}, at_load;
+    counting.sa_flags = SA_SIGINFO;
+    counting.sa_sigaction = [](int, siginfo_t*, void* context) {
+        ++faults;
+        step_over_load(static_cast<ucontext_t*>(context));
+    };
+    sigaction(SIGSEGV, &counting, &at_load);
+    std::atomic<bool> done = false;
+    std::thread prober([&] {
+        while (!done)
+            addr_is_readable<char>(at(pages.boundary()));
+    });
+    for (int turn = 0; turn < 2000; ++turn)
+        load_and_drop(pages.boundary());
+    done = true;
+    prober.join();
+    sigaction(SIGSEGV, &at_load, nullptr);
+    EXPECT_EQ(faults, 2000);
 }
 
 TEST(Probe, PassesOnBusErrors) {
