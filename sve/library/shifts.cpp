@@ -1,5 +1,6 @@
 #include "sve/library/shifts.h"
 
+#include "sve/handlers/host_shifts.h"
 #include "sve/library/chunk_loops.h"
 #include "sve/library/primitive_definitions.h"
 
@@ -7,19 +8,16 @@ namespace {
 
 template <class Element> using unsigned_chunk = chunk<std::make_unsigned_t<Element>>;
 
-// Elements shifted by counts of any size. Host vectors shift by less than the width only.
+// Elements shifted by counts of any size, which are unsigned.
 constexpr auto left = []<class Element>(Element, auto value, auto counts) {
-    return (value << (counts & (width_of<Element> - 1))) &
-           (unsigned_chunk<Element>)(counts < width_of<Element>);
+    return host_shifts::shift_left<Element>(value, counts);
 };
 constexpr auto right = []<class Element>(Element, auto value, auto counts) {
-    if constexpr (std::is_signed_v<Element>) {
-        const auto last = broadcast<std::make_unsigned_t<Element>>(width_of<Element> - 1);
-        const auto within = (unsigned_chunk<Element>)(counts < last);
-        return (chunk<Element>)value >> (chunk<Element>)((within & counts) | (~within & last));
-    } else {
-        return (value >> (counts & (width_of<Element> - 1))) & (chunk<Element>)(counts < width_of<Element>);
-    }
+    using Bits = std::make_unsigned_t<Element>;
+    if constexpr (std::is_signed_v<Element>)
+        return host_shifts::shift_right_signed<Bits>((chunk<Bits>)value, counts);
+    else
+        return host_shifts::shift_right<Bits>(value, counts);
 };
 
 template <class Element> auto shift_all(unsigned int count) {
