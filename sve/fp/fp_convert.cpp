@@ -21,46 +21,32 @@ template <class From, class To> To convert_nan(From nan, int mode, int* flags) {
     return fp_with_sign<To>(fp_sign(nan), static_cast<To>(moved | Target::default_nan));
 }
 
-template <class From, class To> To narrow(From value, FPRounding rm, FPSCR& fpscr, int* flags) {
-    using Source = FPFormat<From>;
+// An infinity or a NaN in another format. The alternative half format has neither.
+template <class From, class To> To convert_special(From value, int mode, int* flags) {
     using Target = FPFormat<To>;
-    using Word = typename Source::Word;
-    const int mode =
-        sizeof(To) == 2 ? (fpscr.mode() & ~FPMode_FZ16) | fpscr.alternative_half_mode() : fpscr.mode();
-    value = fp_flush_input(value, mode, flags);
-    if (fp_is_nan_or_infinite(value)) [[unlikely]] {
-        if (alternative_half<To>(fpscr)) {
-            *flags |= FPFlag_IOC;
-            return fp_with_sign<To>(fp_sign(value), fp_is_nan(value) ? To{0} : Target::magnitude_mask);
-        }
-        if (fp_is_nan(value))
-            return convert_nan<From, To>(value, mode, flags);
-        return fp_with_sign<To>(fp_sign(value), Target::infinity);
+    const bool nan = fp_is_nan(value);
+    if (mode & FPMode_AHP) {
+        *flags |= FPFlag_IOC;
+        return fp_with_sign<To>(fp_sign(value), nan ? To{0} : Target::magnitude_mask);
     }
-    if (fp_is_zero(value)) [[unlikely]]
-        return fp_with_sign<To>(fp_sign(value), 0);
-    const fp_finite<From> x = fp_unpack_normalised(value);
-    const Word significand = x.mantissa << (fp_word_bits<Word> - 1 - Source::fraction_bits);
-    return fp_round<To>(x.sign, x.exponent - (Source::bias - Target::bias), significand, rm, mode, flags);
+    return nan ? convert_nan<From, To>(value, mode, flags)
+               : fp_with_sign<To>(fp_sign(value), Target::infinity);
 }
 
-template <class From, class To> To widen(From value, FPSCR& fpscr, int* flags) {
+template <class From, class To>
+inline To convert_finite(const fp_finite<From>& x, int rm, int mode, int* flags) {
     using Source = FPFormat<From>;
     using Target = FPFormat<To>;
-    const int mode = fpscr.mode();
-    value = fp_flush_input(value, mode, flags);
-    if (fp_is_nan_or_infinite(value) && !alternative_half<From>(fpscr)) [[unlikely]] {
-        if (fp_is_nan(value))
-            return convert_nan<From, To>(value, mode, flags);
-        return fp_with_sign<To>(fp_sign(value), Target::infinity);
+    if constexpr (sizeof(From) > sizeof(To)) {
+        using Word = typename Source::Word;
+        const Word significand = x.mantissa << (fp_word_bits<Word> - 1 - Source::fraction_bits);
+        return fp_round<To>(x.sign, x.exponent - (Source::bias - Target::bias), significand, rm, mode, flags);
+    } else {
+        const To fraction = static_cast<To>(x.mantissa & Source::fraction_mask)
+                            << (Target::fraction_bits - Source::fraction_bits);
+        const To exponent = static_cast<To>(x.exponent + (Target::bias - Source::bias));
+        return fp_with_sign<To>(x.sign, (exponent << Target::fraction_bits) | fraction);
     }
-    if (fp_is_zero(value)) [[unlikely]]
-        return fp_with_sign<To>(fp_sign(value), 0);
-    const fp_finite<From> x = fp_unpack_normalised(value);
-    const To fraction = static_cast<To>(x.mantissa & Source::fraction_mask)
-                        << (Target::fraction_bits - Source::fraction_bits);
-    const To exponent = static_cast<To>(x.exponent + (Target::bias - Source::bias));
-    return fp_with_sign<To>(x.sign, (exponent << Target::fraction_bits) | fraction);
 }
 
 // An integer and the two bits below it, the lower one sticky.
@@ -92,12 +78,18 @@ template <class To> inline To saturated(int sign, bool is_unsigned) {
 } // namespace
 
 template <class From, class To> To FPConvert(From value, FPRounding rm, FPSCR& fpscr) {
+    // To half precision nothing tiny is flushed, and the alternative format is a mode.
+    const int mode =
+        sizeof(To) == 2 ? (fpscr.mode() & ~FPMode_FZ16) | fpscr.alternative_half_mode() : fpscr.mode();
     int flags = 0;
+    value = fp_flush_input(value, mode, &flags);
     To result;
-    if constexpr (sizeof(From) > sizeof(To))
-        result = narrow<From, To>(value, rm, fpscr, &flags);
+    if (fp_is_nan_or_infinite(value) && !alternative_half<From>(fpscr)) [[unlikely]]
+        result = convert_special<From, To>(value, mode, &flags);
+    else if (fp_is_zero(value)) [[unlikely]]
+        result = fp_with_sign<To>(fp_sign(value), 0);
     else
-        result = widen<From, To>(value, fpscr, &flags);
+        result = convert_finite<From, To>(fp_unpack_normalised(value), rm, mode, &flags);
     fpscr.raise(flags);
     return result;
 }
