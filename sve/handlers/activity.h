@@ -28,6 +28,17 @@ struct activity {
         return static_cast<std::int64_t>(word[bit / 64] << (63 - bit % 64 - i)) < 0;
     }
 
+    // Calls body(index, whether it is active) for every element, in order: all in one piece.
+    template <class Element, class Body> [[gnu::always_inline]] void for_each(Body body) const {
+        constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
+#pragma GCC unroll 8
+        for (int i = 0; i < chunks_per_row; ++i) {
+#pragma GCC unroll 4
+            for (int k = 0; k < elements_per_chunk; ++k)
+                body(i * elements_per_chunk + k, element<Element>(i, k));
+        }
+    }
+
     // Bit i says whether all elements of chunk i are active, or any. Above bit 7 nothing counts.
     template <class Element> std::uint64_t full_chunks() const {
         std::uint64_t chunks = word[0] & word[1];

@@ -12,7 +12,7 @@ template <class Element, class Memory, class Offset, int scale> struct indexed {
         std::uint8_t* const data = vector_row(state, zt.reg);
         const std::uint8_t* const offsets = vector_row(state, vector.reg);
         // The offsets may stand in the register that is loaded: element i is read before it is replaced.
-        for_each_element(state, pg, [=](int index, bool active) {
+        activity::of(predicate_row(state, pg.reg)).template for_each<Element>([=](int index, bool active) {
             const auto element = reinterpret_cast<std::uint64_t>(data) + position(index);
             if (active)
                 program_access<Element>::write(element, program_access<Memory>::template read_as<Element>(
@@ -27,7 +27,7 @@ template <class Element, class Memory, class Offset, int scale> struct indexed {
                                    std::uint64_t base) {
         const std::uint8_t* const data = vector_row(state, zt.reg);
         const std::uint8_t* const offsets = vector_row(state, vector.reg);
-        for_each_element(state, pg, [=](int index, bool active) {
+        activity::of(predicate_row(state, pg.reg)).template for_each<Element>([=](int index, bool active) {
             if (active)
                 program_access<Memory>::write(address(offsets, index, base),
                                               static_cast<Memory>(load_element<Element>(data, index)));
@@ -36,20 +36,6 @@ template <class Element, class Memory, class Offset, int scale> struct indexed {
     }
 
 private:
-    static constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
-
-    // Calls `body` with every index and whether the element is active. All in one piece: 16 elements, or 32.
-    template <class Body>
-    [[gnu::always_inline]] static void for_each_element(cpu_state* state, aarch64_p_reg pg, Body body) {
-        const activity active = activity::of(predicate_row(state, pg.reg));
-#pragma GCC unroll 8
-        for (int i = 0; i < chunks_per_row; ++i) {
-#pragma GCC unroll 4
-            for (int k = 0; k < elements_per_chunk; ++k)
-                body(i * elements_per_chunk + k, active.element<Element>(i, k));
-        }
-    }
-
     static std::uint64_t position(int index) { return static_cast<std::uint64_t>(index) * sizeof(Element); }
     static std::uint64_t address(const std::uint8_t* offsets, int index, std::uint64_t base) {
         Offset offset;

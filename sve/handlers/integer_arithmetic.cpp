@@ -69,21 +69,14 @@ aarch64_decode_rc predicated_signed(cpu_state* state, aarch64_z_reg zdn, aarch64
 template <class Element, class Operation>
 aarch64_decode_rc divide_elements(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm,
                                   Operation operation) {
-    constexpr int elements_per_chunk = chunk_bytes / static_cast<int>(sizeof(Element));
     std::uint8_t* const dividends = vector_row(state, zdn.reg);
     const std::uint8_t* const divisors = vector_row(state, zm.reg);
-    const activity active = activity::of(predicate_row(state, pg.reg));
-#pragma GCC unroll 8
-    for (int i = 0; i < chunks_per_row; ++i) {
-#pragma GCC unroll 4
-        for (int k = 0; k < elements_per_chunk; ++k) {
-            const int index = i * elements_per_chunk + k;
-            if (active.element<Element>(i, k))
-                store_element(dividends, index,
-                              operation(load_element<Element>(dividends, index),
-                                        load_element<Element>(divisors, index)));
-        }
-    }
+    activity::of(predicate_row(state, pg.reg)).for_each<Element>([=](int index, bool active) {
+        if (active)
+            store_element(
+                dividends, index,
+                operation(load_element<Element>(dividends, index), load_element<Element>(divisors, index)));
+    });
     return aarch64_emulated;
 }
 
