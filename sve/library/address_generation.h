@@ -2,7 +2,7 @@
 // the digit in the name. Nothing is accessed at these addresses.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/library/primitive_shapes.h"
 
 vector_primitive VecU32LEA1VV, VecU32LEA2VV, VecU32LEA4VV, VecU32LEA8VV;
 

@@ -2,7 +2,7 @@
 // elements of a quarter of its width.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/decode/library_values.h"
 
 // SDOT, UDOT: zda[i] plus the sum of zn[4i + j] * zm[4i + j], j from 0 to 3, wrapping.
 using dot_primitive = VecV(const VecV& zda, const VecV& zn, const VecV& zm, CpuContext* context);

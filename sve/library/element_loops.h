@@ -7,10 +7,6 @@
 
 #include <type_traits>
 
-// The types of primitives, to declare many of one shape in one line.
-using merging_primitive = VecV(const VecV& zdn, const PredV& pg, const VecV& zm, CpuContext* context);
-using vector_primitive = VecV(const VecV& zn, const VecV& zm, CpuContext* context);
-
 template <class Element> inline constexpr int width_of = 8 * static_cast<int>(sizeof(Element));
 
 // The element as a number, by the signedness of its type.
@@ -41,28 +37,13 @@ inline VecV map_elements(const VecV& zn, const VecV& zm, const CpuContext* conte
         context, [&](int i) { return operation(get_element<Element>(zn, i), get_element<Element>(zm, i)); });
 }
 
-// result[i] = operation(i) where the predicate is active, old[i] elsewhere.
-template <class Element, class Operation>
-inline VecV merge_each_element(const VecV& old, const PredV& pg, const CpuContext* context,
-                               Operation operation) {
-    return for_each_element<Element>(context, [&](int i) {
-        return is_active<Element>(pg, i) ? static_cast<Element>(operation(i)) : get_element<Element>(old, i);
-    });
-}
-
-// result[i] = operation(zn[i]) where the predicate is active, old[i] elsewhere.
-template <class Element, class Operation>
-inline VecV merge_unary(const VecV& old, const PredV& pg, const VecV& zn, const CpuContext* context,
-                        Operation operation) {
-    return merge_each_element<Element>(old, pg, context,
-                                       [&](int i) { return operation(get_element<Element>(zn, i)); });
-}
-
 // result[i] = operation(zdn[i], zm[i]) where the predicate is active, zdn[i] elsewhere.
 template <class Element, class Operation>
 inline VecV merge_binary(const VecV& zdn, const PredV& pg, const VecV& zm, const CpuContext* context,
                          Operation operation) {
-    return merge_each_element<Element>(zdn, pg, context, [&](int i) {
-        return operation(get_element<Element>(zdn, i), get_element<Element>(zm, i));
+    return for_each_element<Element>(context, [&](int i) {
+        const auto old = get_element<Element>(zdn, i);
+        return is_active<Element>(pg, i) ? static_cast<Element>(operation(old, get_element<Element>(zm, i)))
+                                         : old;
     });
 }

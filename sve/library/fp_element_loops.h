@@ -8,6 +8,7 @@
 #include "sve/fp/fp_formats.h"
 #include "sve/library/element_loops.h"
 #include "sve/library/predicate_words.h"
+#include "sve/library/primitive_shapes.h"
 
 #include <bit>
 

@@ -4,9 +4,6 @@
 
 #include "sve/library/fp_element_loops.h"
 
-// The type of a primitive of one operand without a predicate.
-using unary_primitive = VecV(const VecV& zn, CpuContext* context);
-
 // FRECPE, FRSQRTE: about 1 / zn[i] and 1 / sqrt(zn[i]), to eight bits, all elements.
 unary_primitive VecF16RecpEV;
 unary_primitive VecF16RSqrtEV, VecF32RSqrtEV, VecD64RSqrtEV;

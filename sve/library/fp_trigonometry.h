@@ -17,5 +17,4 @@ vector_primitive VecF16TRISSELVV, VecF32TRISSELVV, VecD64TRISSELVV;
 
 // FEXPA: 2 to the power of a fraction, zn[i]'s low 5 or 6 bits, with the exponent field that stands above
 // them. Raises nothing.
-using exponential_primitive = VecV(const VecV& zn, CpuContext* context);
-exponential_primitive VecF16EXPAV, VecF32EXPAV, VecD64EXPAV;
+unary_primitive VecF16EXPAV, VecF32EXPAV, VecD64EXPAV;

@@ -1,7 +1,6 @@
 #include "sve/library/gather_scatter.h"
 
 #include "sve/library/element_addresses.h"
-#include "sve/library/element_loops.h"
 #include "sve/library/memory_access.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "sve/library/integer_arithmetic.h"
 
 #include "sve/library/chunk_loops.h"
+#include "sve/library/element_loops.h"
 #include "sve/library/half_elements.h"
 #include "sve/library/primitive_definitions.h"
 

@@ -2,7 +2,7 @@
 // immediate, absolute difference, high half of the product.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/library/primitive_shapes.h"
 
 // SUBR: zdn[i] = zm[i] - zdn[i] where active.
 merging_primitive VecU8SubRVVM, VecU16SubRVVM, VecU32SubRVVM, VecU64SubRVVM;

@@ -1,7 +1,7 @@
 // The number of active elements of a predicate, added to a register or to every element of a vector.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/decode/library_values.h"
 
 // DECP: the operand minus the count, wrapping.
 using predicate_count_decrement = std::uint64_t(std::uint64_t operand, const PredV& pm, CpuContext* context);

@@ -2,7 +2,7 @@
 // Macros, since only they can make the names. Shapes that one family alone has are in that family's file.
 #pragma once
 
-#include "sve/decode/library_values.h"
+#include "sve/library/primitive_shapes.h"
 
 // Two operands, or an old destination and one operand: the first stays where the predicate is inactive.
 #define MERGING_PRIMITIVE(name, ...)                                                                         \

@@ -2,7 +2,7 @@
 // result.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/library/primitive_shapes.h"
 
 // SQADD, UQADD: zn[i] + zm[i] in the range of the element.
 vector_primitive VecS8QAddVVX, VecS16QAddVVX, VecS32QAddVVX, VecS64QAddVVX;

@@ -3,7 +3,7 @@
 // shifts every bit out, and leaves the sign of a signed element.
 #pragma once
 
-#include "sve/library/element_loops.h"
+#include "sve/library/primitive_shapes.h"
 
 // LSR: zn[i] >> shift, shift from 1 to the element's width. The merging form keeps zdn[i] where inactive.
 using merging_shift_primitive = VecV(const VecV& zdn, const PredV& pg, unsigned int shift,

@@ -2,27 +2,25 @@
 // predicate is active, and zd[i] stays elsewhere.
 #pragma once
 
-#include "sve/library/element_loops.h"
-
-using merging_unary_primitive = VecV(const VecV& zd, const PredV& pg, const VecV& zn, CpuContext* context);
+#include "sve/library/primitive_shapes.h"
 
 // ABS: that of the most negative element is that element.
-merging_unary_primitive VecS8AbsVM, VecS16AbsVM, VecS32AbsVM, VecS64AbsVM;
+merging_primitive VecS8AbsVM, VecS16AbsVM, VecS32AbsVM, VecS64AbsVM;
 
 // NOT: the bitwise complement.
-merging_unary_primitive VecU8InvVM, VecU16InvVM, VecU32InvVM, VecU64InvVM;
+merging_primitive VecU8InvVM, VecU16InvVM, VecU32InvVM, VecU64InvVM;
 
 // CNOT: 1 for an element of 0, and 0 for any other.
-merging_unary_primitive VecU8NotVM, VecU16NotVM, VecU32NotVM, VecU64NotVM;
+merging_primitive VecU8NotVM, VecU16NotVM, VecU32NotVM, VecU64NotVM;
 
 // CNT, CLS, CLZ: the number of set bits, of bits equal to the sign below it, of zeros at the top.
-merging_unary_primitive VecU8CntVM, VecU16CntVM, VecU32CntVM, VecU64CntVM;
-merging_unary_primitive VecU8ClsVM, VecU16ClsVM, VecU32ClsVM, VecU64ClsVM;
-merging_unary_primitive VecU8ClzVM, VecU16ClzVM, VecU32ClzVM, VecU64ClzVM;
+merging_primitive VecU8CntVM, VecU16CntVM, VecU32CntVM, VecU64CntVM;
+merging_primitive VecU8ClsVM, VecU16ClsVM, VecU32ClsVM, VecU64ClsVM;
+merging_primitive VecU8ClzVM, VecU16ClzVM, VecU32ClzVM, VecU64ClzVM;
 
 // REVB, REVH: the bytes, or the halfwords, of each element in opposite order.
-merging_unary_primitive VecU16Rev1V, VecU32Rev1V, VecU64Rev1V;
-merging_unary_primitive VecU32Rev2V, VecU64Rev2V;
+merging_primitive VecU16Rev1V, VecU32Rev1V, VecU64Rev1V;
+merging_primitive VecU32Rev2V, VecU64Rev2V;
 
 // UXTB: the low byte, zero-extended.
-merging_unary_primitive VecU16Extnd12VM, VecU32Extnd14VM, VecU64Extnd18VM;
+merging_primitive VecU16Extnd12VM, VecU32Extnd14VM, VecU64Extnd18VM;
