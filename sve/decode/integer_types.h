@@ -1,8 +1,11 @@
-// Integer types by their sizes.
+// Integer types and their sizes.
 #pragma once
 
 #include <cstdint>
 #include <type_traits>
+
+// In bits.
+template <class Integer> inline constexpr int width_of = 8 * static_cast<int>(sizeof(Integer));
 
 template <int bytes, bool is_signed> struct integer_of_size;
 template <> struct integer_of_size<1, false> { using type = std::uint8_t; };

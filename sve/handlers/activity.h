@@ -23,7 +23,7 @@ struct activity {
 
     // Whether element k of chunk i is active.
     template <class Element> bool element(int i, int k) const {
-        const int bit = 8 * static_cast<int>(sizeof(Element)) * k;
+        const int bit = width_of<Element> * k;
         // As a sign, of which GCC makes one instruction with the branch.
         return static_cast<std::int64_t>(word[bit / 64] << (63 - bit % 64 - i)) < 0;
     }
@@ -43,14 +43,14 @@ struct activity {
     template <class Element> std::uint64_t full_chunks() const {
         std::uint64_t chunks = word[0] & word[1];
 #pragma GCC unroll 3
-        for (int distance = 32; distance >= 8 * static_cast<int>(sizeof(Element)); distance /= 2)
+        for (int distance = 32; distance >= width_of<Element>; distance /= 2)
             chunks &= chunks >> distance;
         return chunks;
     }
     template <class Element> std::uint64_t nonempty_chunks() const {
         std::uint64_t chunks = word[0] | word[1];
 #pragma GCC unroll 3
-        for (int distance = 32; distance >= 8 * static_cast<int>(sizeof(Element)); distance /= 2)
+        for (int distance = 32; distance >= width_of<Element>; distance /= 2)
             chunks |= chunks >> distance;
         return chunks;
     }

@@ -12,10 +12,9 @@
 // result[i] = count(value[i], the element's width).
 template <class Element>
 inline chunk<Element> count_each(chunk<Element> value, int (*count)(std::uint64_t, int)) {
-    constexpr int width = 8 * sizeof(Element);
 #pragma GCC unroll 16
     for (unsigned i = 0; i < sizeof value / sizeof(Element); ++i)
-        value[i] = static_cast<Element>(count(value[i], width));
+        value[i] = static_cast<Element>(count(value[i], width_of<Element>));
     return value;
 }
 

@@ -2,12 +2,11 @@
 // context's vector length. Bytes of a result above the vector length carry no meaning.
 #pragma once
 
+#include "sve/decode/integer_types.h"
 #include "sve/decode/library_values.h"
 #include "sve/library/wide_integers.h"
 
 #include <type_traits>
-
-template <class Element> inline constexpr int width_of = 8 * static_cast<int>(sizeof(Element));
 
 // The element as a number, by the signedness of its type.
 template <class Element> inline wide_integer widen(Element value) {

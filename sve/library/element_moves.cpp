@@ -8,7 +8,7 @@ namespace {
 enum class chosen { last_active, after_last_active };
 
 template <class Element> int last_active(const PredV& pg, CpuContext* context) {
-    return FindLastActive(pg, 8 * static_cast<int>(sizeof(Element)), context);
+    return FindLastActive(pg, width_of<Element>, context);
 }
 
 // The chosen element, given the index of the last active one. -1 stands for none, and element 0 follows it.

@@ -1,7 +1,6 @@
 #include "sve/library/integer_compares.h"
 
 #include "sve/library/chunk_loops.h"
-#include "sve/library/element_loops.h"
 #include "sve/library/predicate_flags.h"
 #include "sve/library/primitive_definitions.h"
 

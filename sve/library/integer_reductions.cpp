@@ -5,7 +5,7 @@
 template <class Element>
 static std::uint64_t add_reduce(const PredV& pg, const VecV& zn, const CpuContext* context) {
     using Wide = twice_as_wide<Element>; // wide enough for the sum of a longest vector
-    constexpr int width = 8 * sizeof(Element);
+    constexpr int width = width_of<Element>;
     chunk<Wide> sums = {};
     visit_chunks(context, [&](int w, auto k) {
         const std::uint64_t active = pg.words[w] & bits_below(predicate_length(context), w);

@@ -10,7 +10,7 @@ namespace {
 template <class Element> VecV transpose_even(const VecV& zn, const VecV& zm, CpuContext* context) {
     if constexpr (sizeof(Element) < 8) {
         // The number of elements is even at every length, so that each stands in a 64-bit lane with its pair.
-        constexpr int width = 8 * sizeof(Element);
+        constexpr int width = width_of<Element>;
         constexpr std::uint64_t even = ~std::uint64_t{0} / ((std::uint64_t{1} << width) + 1);
         return map_chunks<std::uint64_t>(zn, zm, context,
                                          [](auto n, auto m) { return (n & even) | (m & even) << width; });
@@ -25,9 +25,8 @@ template <class Element> VecV transpose_even(const VecV& zn, const VecV& zm, Cpu
 }
 
 template <class Element> VecV splice(const PredV& pg, const VecV& zdn, const VecV& zm, CpuContext* context) {
-    constexpr int bits = 8 * static_cast<int>(sizeof(Element));
-    const int last = FindLastActive(pg, bits, context);
-    const int first = last < 0 ? 0 : FindFirstActive(pg, bits, context);
+    const int last = FindLastActive(pg, width_of<Element>, context);
+    const int first = last < 0 ? 0 : FindFirstActive(pg, width_of<Element>, context);
     const std::size_t kept = static_cast<std::size_t>(last + 1 - first) * sizeof(Element);
     const std::size_t filled = static_cast<std::size_t>(vector_length(context)) * 8 - kept;
     VecV result = {};

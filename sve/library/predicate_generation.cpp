@@ -1,5 +1,6 @@
 #include "sve/library/predicate_generation.h"
 
+#include "sve/decode/integer_types.h"
 #include "sve/library/predicate_flags.h"
 #include "sve/library/predicate_patterns.h"
 #include "sve/library/predicate_words.h"
@@ -9,8 +10,6 @@
 #include <type_traits>
 
 namespace {
-
-template <class Element> constexpr int bits_of = 8 * static_cast<int>(sizeof(Element));
 
 template <class Element, class Register>
 PredV while_less_or_equal(Register counter, Register limit, CpuContext* context) {
@@ -26,14 +25,15 @@ PredV while_less_or_equal(Register counter, Register limit, CpuContext* context)
             leading = static_cast<int>(steps) + 1;
     }
     const PredV result = leading_elements<Element>(std::min(leading, count));
-    PredSetNZCV(leading_elements<std::uint8_t>(predicate_length(context)), result, bits_of<Element>, context);
+    PredSetNZCV(leading_elements<std::uint8_t>(predicate_length(context)), result, width_of<Element>,
+                context);
     return result;
 }
 
 template <class Element> PredV true_by_pattern(unsigned long pattern, CpuContext* context) {
     const int count = element_count<Element>(context);
     const PredV result = leading_elements<Element>(std::min(VecTrueILength(pattern, count), count));
-    PredSetNZCV(result, result, bits_of<Element>, context);
+    PredSetNZCV(result, result, width_of<Element>, context);
     return result;
 }
 

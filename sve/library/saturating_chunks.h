@@ -30,7 +30,7 @@ inline auto subtract_step(chunk<Element> a, chunk<std::make_unsigned_t<Element>>
 template <class Element>
 inline auto bound_signed(chunk<Element> a, chunk<Element> wrapped, chunk<Element> lost) {
     constexpr Element most = std::numeric_limits<Element>::max();
-    return blend<Element>((chunk<Element>)(lost < 0), (a >> (8 * sizeof(Element) - 1)) ^ most, wrapped);
+    return blend<Element>((chunk<Element>)(lost < 0), (a >> (width_of<Element> - 1)) ^ most, wrapped);
 }
 
 // a plus or minus b, saturated.

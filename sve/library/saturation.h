@@ -4,6 +4,7 @@
 // N is the element's width in bits, 8, 16, 32 or 64, except where a function says otherwise.
 #pragma once
 
+#include "sve/decode/integer_types.h"
 #include "sve/library/wide_integers.h"
 
 #include <type_traits>
@@ -49,8 +50,8 @@ struct saturation {
 // or SatSub.
 template <class Register, auto combine>
 inline Register saturate_register(std::uint64_t operand, std::uint64_t count) {
-    constexpr int width = 8 * static_cast<int>(sizeof(Register));
-    return static_cast<Register>(combine(operand, count, width, std::is_unsigned_v<Register>).value);
+    constexpr bool is_unsigned = std::is_unsigned_v<Register>;
+    return static_cast<Register>(combine(operand, count, width_of<Register>, is_unsigned).value);
 }
 
 // The low word of the product of two elements, not saturated, with the flag telling whether it is out of

@@ -2,7 +2,6 @@
 
 #include "sve/handlers/host_shifts.h"
 #include "sve/library/chunk_loops.h"
-#include "sve/library/element_loops.h"
 #include "sve/library/primitive_definitions.h"
 
 namespace {
