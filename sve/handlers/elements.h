@@ -212,7 +212,19 @@ template <class Body>
     return dispatch_elements<std::int8_t, std::int16_t, std::int32_t, std::int64_t>(size_code, body);
 }
 
-// zdn = pg ? operation(zdn, zm) : zdn, lane by lane; `operation` works on whole chunks.
+// zd = pg ? operation(zn) : zd, lane by lane; `operation` works on whole chunks.
+template <class Element, auto operation>
+inline aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    std::uint8_t* const row_bytes = vector_row(state, zd.reg);
+    const std::uint8_t* const predicate = predicate_row(state, pg.reg);
+    const std::uint8_t* const source = vector_row(state, zn.reg);
+    return compute_lanes<Element>(row_bytes, [&](int i) {
+        return blend<Element>(active_lanes<Element>(predicate, i), operation(load_chunk<Element>(source, i)),
+                              load_chunk<Element>(row_bytes, i));
+    });
+}
+
+// zdn = pg ? operation(zdn, zm) : zdn.
 template <class Element, class Operation>
 inline aarch64_decode_rc merge_binary(cpu_state* state, aarch64_z_reg destination, aarch64_p_reg governing,
                                       aarch64_z_reg source, Operation operation) {

@@ -16,6 +16,11 @@ constexpr auto divide_reversed = [](host_fp fp, auto a, auto b) { return fp.fdiv
 constexpr auto maximum = [](host_fp fp, auto a, auto b) { return fp.fmax(a, b); };
 constexpr auto maximum_number = [](host_fp fp, auto a, auto b) { return fp.fmaxnm(a, b); };
 constexpr auto minimum_number = [](host_fp fp, auto a, auto b) { return fp.fminnm(a, b); };
+constexpr auto square_root = [](host_fp fp, auto a) { return fp.fsqrt(a); };
+
+constexpr auto negate = []<class Chunk>(Chunk value) {
+    return value ^ FPFormat<std::remove_cvref_t<decltype(value[0])>>::sign_bit;
+};
 
 template <auto operation, idle_operands idle = idle_operands::zero>
 aarch64_decode_rc predicated(cpu_state* state, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm) {
@@ -40,16 +45,6 @@ aarch64_decode_rc with_constant(cpu_state* state, aarch64_z_reg zdn, aarch64_p_r
             row_bytes, predicate_row(state, pg.reg),
             [fp = host_fp(state), constant](auto a) { return operation(fp, a, decltype(a){} + constant); },
             row_bytes);
-    });
-}
-
-template <auto operation>
-aarch64_decode_rc unpredicated(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_fp<element>(
-            vector_row(state, zd.reg), [fp = host_fp(state)](auto a, auto b) { return operation(fp, a, b); },
-            vector_row(state, zn.reg), vector_row(state, zm.reg));
     });
 }
 
@@ -78,32 +73,15 @@ CONSTANT_HANDLER(sve_fsubr_zpi, with_constant<subtract_reversed, -1, 0>)
 CONSTANT_HANDLER(sve_fmul_zpi, with_constant<multiply, -1, 1>)
 #undef CONSTANT_HANDLER
 
-VECTOR_HANDLER(sve_fadd_zzz, unpredicated<add>)
-VECTOR_HANDLER(sve_fsub_zzz, unpredicated<subtract>)
-VECTOR_HANDLER(sve_fmul_zzz, unpredicated<multiply>)
+VECTOR_HANDLER(sve_fadd_zzz, map_fp<add>)
+VECTOR_HANDLER(sve_fsub_zzz, map_fp<subtract>)
+VECTOR_HANDLER(sve_fmul_zzz, map_fp<multiply>)
+
+MERGING_HANDLER(sve_fsqrt_zpz, merge_fp<square_root>)
 
 aarch64_decode_rc sve_fneg_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        std::uint8_t* const row_bytes = vector_row(state, zd.reg);
-        const std::uint8_t* const predicate = predicate_row(state, pg.reg);
-        const std::uint8_t* const source = vector_row(state, zn.reg);
-        return compute_lanes<element>(row_bytes, [&](int i) {
-            const chunk<element> value = load_chunk<element>(source, i);
-            return blend<element>(active_lanes<element>(predicate, i),
-                                  value ^ broadcast(FPFormat<element>::sign_bit),
-                                  load_chunk<element>(row_bytes, i));
-        });
-    });
-}
-
-aarch64_decode_rc sve_fsqrt_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_active_fp<element>(
-            vector_row(state, zd.reg), predicate_row(state, pg.reg),
-            [fp = host_fp(state)](auto a) { return fp.fsqrt(a); }, vector_row(state, zn.reg));
-    });
+    return dispatch_fp_elements(
+        zd.kind, [&](auto zero) { return merge_unary<decltype(zero), negate>(state, zd, pg, zn); });
 }
 
 aarch64_decode_rc sve_fdup_zi(cpu_state* state, aarch64_z_reg zd, aarch64_sve_fp_dup_imm imm) {

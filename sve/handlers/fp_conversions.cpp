@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr auto round_to_integral = [](host_fp fp, auto a) { return fp.frinta(a); };
+
 // Converts Integer to the number whose bits are Bits.
 template <class Integer, class Bits>
 aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
@@ -23,14 +25,7 @@ aarch64_decode_rc convert(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, 
 
 } // namespace
 
-aarch64_decode_rc sve_frinta_zpz(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_active_fp<element>(
-            vector_row(state, zd.reg), predicate_row(state, pg.reg),
-            [fp = host_fp(state)](auto a) { return fp.frinta(a); }, vector_row(state, zn.reg));
-    });
-}
+MERGING_HANDLER(sve_frinta_zpz, merge_fp<round_to_integral>)
 
 MERGING_HANDLER(sve_scvtf_s2s_zpz, convert<std::int32_t, std::uint32_t>)
 MERGING_HANDLER(sve_scvtf_s2d_zpz, convert<std::int32_t, std::uint64_t>)

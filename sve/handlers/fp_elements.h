@@ -146,3 +146,24 @@ template <class Element, class Compare, class... Rows>
             [destination](int i) { store_element<Element>(destination, i, 0); }, sources...);
     }
 }
+
+// zd[i] = operation(host_fp, sources[i]...), every element. The element size is `zd.kind`.
+template <auto operation, class... Sources>
+aarch64_decode_rc map_fp(cpu_state* state, aarch64_z_reg zd, Sources... sources) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        return compute_fp<decltype(zero)>(
+            vector_row(state, zd.reg),
+            [fp = host_fp(state)](auto... operands) { return operation(fp, operands...); },
+            vector_row(state, sources.reg)...);
+    });
+}
+
+// zd[i] = operation(host_fp, zn[i]) where pg is active, the old zd[i] elsewhere.
+template <auto operation>
+aarch64_decode_rc merge_fp(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
+    return dispatch_fp_elements(zd.kind, [&](auto zero) {
+        return compute_active_fp<decltype(zero)>(
+            vector_row(state, zd.reg), predicate_row(state, pg.reg),
+            [fp = host_fp(state)](auto a) { return operation(fp, a); }, vector_row(state, zn.reg));
+    });
+}

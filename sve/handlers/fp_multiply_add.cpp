@@ -15,19 +15,9 @@ aarch64_decode_rc sve_fnmla_zpzz(cpu_state* state, aarch64_z_reg zda, aarch64_p_
 }
 
 aarch64_decode_rc sve_frecpe_zz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_fp<element>(
-            vector_row(state, zd.reg), [fp = host_fp(state)](auto a) { return fp.frecpe(a); },
-            vector_row(state, zn.reg));
-    });
+    return map_fp<[](host_fp fp, auto a) { return fp.frecpe(a); }>(state, zd, zn);
 }
 
 aarch64_decode_rc sve_frecps_zzz(cpu_state* state, aarch64_z_reg zd, aarch64_z_reg zn, aarch64_z_reg zm) {
-    return dispatch_fp_elements(zd.kind, [&](auto zero) {
-        using element = decltype(zero);
-        return compute_fp<element>(
-            vector_row(state, zd.reg), [fp = host_fp(state)](auto a, auto b) { return fp.frecps(a, b); },
-            vector_row(state, zn.reg), vector_row(state, zm.reg));
-    });
+    return map_fp<[](host_fp fp, auto a, auto b) { return fp.frecps(a, b); }>(state, zd, zn, zm);
 }

@@ -45,17 +45,6 @@ constexpr auto sign_extend = []<class Vector>(Vector value) {
 
 template <class Narrow> constexpr auto zero_extend = [](auto value) { return value & Narrow(~Narrow{0}); };
 
-template <class Element, auto operation>
-aarch64_decode_rc merge_unary(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
-    std::uint8_t* const row_bytes = vector_row(state, zd.reg);
-    const std::uint8_t* const predicate = predicate_row(state, pg.reg);
-    const std::uint8_t* const source = vector_row(state, zn.reg);
-    return compute_lanes<Element>(row_bytes, [&](int i) {
-        return blend<Element>(active_lanes<Element>(predicate, i), operation(load_chunk<Element>(source, i)),
-                              load_chunk<Element>(row_bytes, i));
-    });
-}
-
 // The smallest element is at least `Smallest`.
 template <class Smallest, auto operation>
 aarch64_decode_rc of_elements(cpu_state* state, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn) {
