@@ -18,7 +18,7 @@ fault_part fault_part_of(const std::string& name);
 
 // A case is a word and a state, both made from one number: its upper 56 bits give the word, all of them the
 // state.
-inline constexpr int states_per_word = 5;
+inline constexpr int states_per_word = 2;
 
 struct row_result {
     std::uint32_t states;         // compared
