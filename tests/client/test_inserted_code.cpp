@@ -42,19 +42,21 @@ struct inserted_code : client_test {
                 before.q[number][byte] = static_cast<std::uint8_t>(number * 16 + byte + 1);
     }
 
-    // Puts the program's first `count` instructions, rewritten, where they are run, with a jump back behind
-    // them.
+    // Puts words where they are run, with a jump back behind them.
+    void place(std::vector<std::uint32_t> words) {
+        const auto target = reinterpret_cast<std::uint64_t>(leave_code);
+        for (const std::uint64_t word :
+             {0x58000051ul, 0xD61F0220ul, target & 0xFFFFFFFF, target >> 32}) // ldr x17; br x17
+            words.push_back(static_cast<std::uint32_t>(word));
+        std::memcpy(code, words.data(), words.size() * 4);
+        __builtin___clear_cache(reinterpret_cast<char*>(code), reinterpret_cast<char*>(code + words.size()));
+    }
+    // The program's first `count` instructions, rewritten.
     void place(int count) {
         std::vector<std::uint32_t> words;
         for (const inserted& instruction : rewrite(program_code, count))
             words.push_back(instruction.word);
-        const auto target = reinterpret_cast<std::uint64_t>(leave_code);
-        for (const std::uint64_t word :
-             {std::uint64_t{0x58000051}, std::uint64_t{0xD61F0220}, // ldr x17; br x17
-              target & 0xFFFFFFFF, target >> 32})
-            words.push_back(static_cast<std::uint32_t>(word));
-        std::memcpy(code, words.data(), words.size() * 4);
-        __builtin___clear_cache(reinterpret_cast<char*>(code), reinterpret_cast<char*>(code + words.size()));
+        place(words);
     }
     machine run(thread_context& of_thread) {
         machine registers = before;
@@ -112,6 +114,23 @@ TEST_F(inserted_code, joins_neighbours_and_keeps_what_only_the_state_holds) {
     for (int byte = 16; byte < vector_bytes; ++byte)
         EXPECT_EQ(state()->z[5][byte], 3 + 4 + 4);
     EXPECT_EQ(sve_instr_count, 2u);
+}
+
+TEST_F(inserted_code, holds_immediates_of_every_shape) {
+    machine expected = before;
+    for (const std::uint64_t value : {0ul, 1ul, 0xFFFF0000ul, 0x1234'0000'0000'0000ul, 0x1234'0000'5678ul,
+                                      ~0ul, 0x0123'4567'89AB'CDEFul}) {
+        instrlist_t* list = create_instruction_list();
+        instrlist_insert_mov_immed_ptrsz(nullptr, static_cast<ptr_int_t>(value), opnd_create_reg(DR_REG_X5),
+                                         list, nullptr, nullptr, nullptr);
+        std::vector<std::uint32_t> words;
+        for (instr_t* instruction = list->first; instruction != nullptr; instruction = instruction->next)
+            words.push_back(instruction->word);
+        destroy_instruction_list(list);
+        place(words);
+        expected.x[5] = value;
+        expect_equal(run(context), expected);
+    }
 }
 
 // One block, built by one thread and run by two.

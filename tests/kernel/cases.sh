@@ -41,12 +41,14 @@ done
 for way in null call-null call-data misaligned overflow trap undefined abort; do
     both /t/endings $way
 done
-for program in traces rewriting transfers register_cases machine_state exceptions library \
-    library-dynamic environment environment-dynamic; do
+for program in traces register_cases machine exceptions environment environment-dynamic "changing_code rewrite 300"; do
     both /t/$program
 done
 both /t/environment process
 right '0 failed' /t/sve_signals
-right 'right 40 of 40' /t/sve_threads
-right '0 failed' /t/sve_blocks
+right 'before threads
+right 40 of 40
+after threads' /t/sve threads
+right 'before large-blocks
+after large-blocks' /t/sve large-blocks
 echo 'all cases have run'

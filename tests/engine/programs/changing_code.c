@@ -1,20 +1,12 @@
 // Code that is written at run time and then changed again and again, in the way that the argument says.
 #define _GNU_SOURCE
 #include <pthread.h>
+#include <sched.h>
 #include <stdatomic.h>
-#include <stdint.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
-enum { writable = PROT_READ | PROT_WRITE, executable = PROT_READ | PROT_EXEC };
-
-static void* map(size_t bytes, int protection) {
-    return mmap(NULL, bytes, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-}
-static void publish(void* code, size_t bytes) { __builtin___clear_cache((char*)code, (char*)code + bytes); }
+#include "tools.h"
 
 static uint32_t random_number(uint32_t below) {
     static uint64_t state = 1;
@@ -134,7 +126,7 @@ static uint32_t follow_graph(unsigned at, uint32_t count) {
 }
 
 static unsigned check_graph(unsigned rounds) {
-    graph_code = map(65536, writable | PROT_EXEC);
+    graph_code = map_code(NULL, 0);
     graph_code[end_word] = 0xD61F0080; // BR X4
     for (unsigned n = 0; n < pieces; ++n)
         choose_piece(n);
@@ -152,40 +144,78 @@ static unsigned check_graph(unsigned rounds) {
     return wrong;
 }
 
-// MOV W0, #value; RET.
-static void write_function(uint32_t* code, const uint32_t* where_it_runs, unsigned value) {
-    code[0] = 0x52800000 | (value & 0xFFFF) << 5;
-    code[1] = 0xD65F03C0;
-    publish((void*)where_it_runs, 8);
+// A second thread calls the code after each change as well, and makes no system call in between.
+static const uint32_t* volatile target;
+static atomic_uint written, answered, others_result;
+static void* call_too(void* argument) {
+    for (unsigned n = 1;; ++n) {
+        while (atomic_load(&written) < n)
+            ;
+        atomic_store(&others_result, call(target));
+        atomic_store(&answered, n);
+    }
+    return argument;
 }
-static unsigned call(const uint32_t* code) {
-    unsigned (*volatile function)(void) = (unsigned (*)(void))(void*)code;
-    return function();
+static unsigned call_in_both(const uint32_t* code, unsigned value) {
+    target = code;
+    const unsigned n = atomic_fetch_add(&written, 1) + 1;
+    while (atomic_load(&answered) < n)
+        sched_yield();
+    return (atomic_load(&others_result) != value) + (call(code) != value);
 }
 
-// The same place rewritten; with changes of protection; by way of a second mapping.
-static unsigned rewrite(unsigned rounds, int protect) {
-    uint32_t* const code = map(65536, writable | PROT_EXEC);
+// The same place written in turn as it is, with changes of protection, when it has been mapped anew, and with
+// code that has been moved there.
+static unsigned rewrite(unsigned rounds) {
+    uint32_t* const code = map_code(NULL, 0);
     unsigned wrong = 0;
+    pthread_t other;
+    pthread_create(&other, NULL, call_too, NULL);
     for (unsigned n = 0; n < rounds; ++n) {
-        if (protect)
-            mprotect(code, 65536, writable);
-        write_function(code, code, n);
-        if (protect)
-            mprotect(code, 65536, executable);
-        wrong += call(code) != (n & 0xFFFF);
+        const char how = "wwwpamwumwva"[n % 12];
+        uint32_t* from = code;
+        switch (how) {
+        case 'p':
+            mprotect(code, code_bytes, writable);
+            break;
+        case 'u':
+            munmap(code, code_bytes);
+            // fall through
+        case 'a':
+            map_code(code, MAP_FIXED);
+            break;
+        case 'm':
+        case 'v':
+            from = map_code(NULL, 0);
+            write_function(from, 9);
+            publish(from, 8);
+            wrong += how == 'v' && call(from) != 9;
+        }
+        write_function(from, n);
+        if (how != 'a' && how != 'u') // there was no code before: no maintenance is needed
+            publish(from, 8);
+        if (how == 'p')
+            mprotect(code, code_bytes, n % 24 < 12 ? executable : PROT_EXEC);
+        if (from != code)
+            mremap(from, code_bytes, code_bytes, MREMAP_MAYMOVE | MREMAP_FIXED, code);
+        wrong += call_in_both(code, n & 0xFFFF);
+        if (how == 'p')
+            mprotect(code, code_bytes, writable | PROT_EXEC);
     }
     return wrong;
 }
+
+// By way of another mapping of the same file.
 static unsigned rewrite_elsewhere(unsigned rounds) {
     const int file = memfd_create("code", 0);
-    if (file < 0 || ftruncate(file, 65536) != 0)
+    if (file < 0 || ftruncate(file, code_bytes) != 0)
         return 1;
-    uint32_t* const data = mmap(NULL, 65536, writable, MAP_SHARED, file, 0);
-    uint32_t* const code = mmap(NULL, 65536, executable, MAP_SHARED, file, 0);
+    uint32_t* const data = mmap(NULL, code_bytes, writable, MAP_SHARED, file, 0);
+    uint32_t* const code = mmap(NULL, code_bytes, executable, MAP_SHARED, file, 0);
     unsigned wrong = 0;
     for (unsigned n = 0; n < rounds; ++n) {
-        write_function(data, code, n);
+        write_function(data, n);
+        publish(code, 8);
         wrong += call(code) != (n & 0xFFFF);
     }
     return wrong;
@@ -193,7 +223,7 @@ static unsigned rewrite_elsewhere(unsigned rounds) {
 
 // RDVL X0, #value; RET: an instruction that the processor may not have.
 static unsigned rewrite_sve(unsigned rounds) {
-    uint32_t* const code = map(65536, writable | PROT_EXEC);
+    uint32_t* const code = map_code(NULL, 0);
     unsigned wrong = 0;
     for (unsigned n = 0; n < rounds; ++n) {
         code[0] = 0x04BF5000 | n % 32 << 5;
@@ -201,6 +231,21 @@ static unsigned rewrite_sve(unsigned rounds) {
         publish(code, 8);
         wrong += call(code) != n % 32 * 128;
     }
+    return wrong;
+}
+
+// A function that rewrites the instructions right behind its own cache maintenance: STR W1, [X0], then the
+// maintenance, and behind the barriers the target, MOV W0, #1, which is to become MOV W0, #value.
+static unsigned rewrite_own(unsigned rounds) {
+    static const uint32_t words[] = {0xB9000001, 0xD50B7B20, 0xD5033B9F, 0xD50B7520,
+                                     0xD5033B9F, 0xD5033FDF, 0x52800020, 0xD65F03C0};
+    uint32_t* const code = map_code(NULL, 0);
+    memcpy(code, words, sizeof words);
+    publish(code, sizeof words);
+    unsigned (*const own)(uint32_t*, uint32_t) = (unsigned (*)(uint32_t*, uint32_t))(void*)code;
+    unsigned wrong = 0;
+    for (unsigned n = 0; n < rounds; ++n)
+        wrong += own(code + 6, 0x52800000 | (n & 0xFFFF) << 5) != (n & 0xFFFF);
     return wrong;
 }
 
@@ -213,7 +258,7 @@ static void* run_loop(void* argument) {
 }
 static unsigned leave_loop(unsigned rounds) {
     unsigned wrong = 0;
-    loop = map(65536, writable | PROT_EXEC);
+    loop = map_code(NULL, 0);
     for (unsigned n = 0; n < rounds; ++n) {
         // 1: B 2f; NOP; 2: CBZ WZR, 1b; MOV W0, #n; RET
         const uint32_t code[] = {0x14000002, 0xD503201F, 0x34FFFFDF, 0x52800000 | n << 5, 0xD65F03C0};
@@ -239,21 +284,16 @@ static unsigned leave_loop(unsigned rounds) {
 }
 
 int main(int argc, char** argv) {
-    const char* const way = argc > 1 ? argv[1] : "";
-    const unsigned rounds = argc > 2 ? (unsigned)atoi(argv[2]) : 1000;
-    unsigned wrong = 1;
-    if (strcmp(way, "graph") == 0)
-        wrong = check_graph(rounds);
-    else if (strcmp(way, "in-place") == 0)
-        wrong = rewrite(rounds, 0);
-    else if (strcmp(way, "protected") == 0)
-        wrong = rewrite(rounds, 1);
-    else if (strcmp(way, "elsewhere") == 0)
-        wrong = rewrite_elsewhere(rounds);
-    else if (strcmp(way, "sve") == 0)
-        wrong = rewrite_sve(rounds);
-    else if (strcmp(way, "loop") == 0)
-        wrong = leave_loop(rounds);
-    printf("%s: %u wrong\n", way, wrong);
-    return wrong != 0;
+    static const struct {
+        const char* name;
+        unsigned (*run)(unsigned);
+    } ways[] = {{"graph", check_graph}, {"rewrite", rewrite}, {"elsewhere", rewrite_elsewhere},
+                {"sve", rewrite_sve},   {"own", rewrite_own}, {"loop", leave_loop}};
+    for (unsigned n = 0; argc > 2 && n < sizeof ways / sizeof *ways; ++n)
+        if (strcmp(argv[1], ways[n].name) == 0) {
+            const unsigned wrong = ways[n].run((unsigned)atoi(argv[2]));
+            printf("%s: %u wrong\n", argv[1], wrong);
+            return wrong != 0;
+        }
+    return 2;
 }

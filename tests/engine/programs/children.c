@@ -1,29 +1,18 @@
 // Child processes in the way that the argument says.
 #define _GNU_SOURCE
-#include <errno.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
 #include <spawn.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
-static int status_of(pid_t child) {
-    int status;
-    if (child < 0 || waitpid(child, &status, 0) != child)
-        return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
+#include "tools.h"
 
 // Registers, also those that a caller may keep values in, are the parent's own afterwards.
 static __attribute__((noinline)) double mix(double seed, int round) { return seed * 1.25 + round; }
 
-static void vforks(void) {
+static void vforks(char** unused) {
     static volatile int from_child;
     double sum = 0.5;
     for (int round = 0; round < 20; ++round) {
@@ -65,32 +54,24 @@ static void* end_after_first(void* argument) {
 }
 
 // A child of a child that shares memory is a process like any other, with threads and all.
-static void forks_of_vforks(void) {
-    pid_t child = vfork();
-    if (child == 0) {
-        const pid_t grandchild = fork();
-        if (grandchild == 0) {
-            int number = 4;
-            pthread_t thread;
-            pthread_create(&thread, NULL, add_one, &number);
-            pthread_join(thread, NULL);
-            exit(number);
+static void forks_of_vforks(char** unused) {
+    for (int outlived = 0; outlived < 2; ++outlived) {
+        const pid_t child = vfork();
+        if (child == 0) {
+            const pid_t grandchild = fork();
+            if (grandchild == 0) {
+                int number = 4;
+                pthread_t thread;
+                pthread_create(&thread, NULL, outlived ? end_after_first : add_one, &number);
+                if (outlived)
+                    pthread_exit(NULL);
+                pthread_join(thread, NULL);
+                exit(number);
+            }
+            _exit(status_of(grandchild) + 1);
         }
-        _exit(status_of(grandchild) + 1);
+        printf("outlived %d: %d\n", outlived, status_of(child));
     }
-    printf("forked %d\n", status_of(child));
-
-    child = vfork();
-    if (child == 0) {
-        const pid_t grandchild = fork();
-        if (grandchild == 0) {
-            pthread_t thread;
-            pthread_create(&thread, NULL, end_after_first, &child);
-            pthread_exit(NULL);
-        }
-        _exit(status_of(grandchild) + 1);
-    }
-    printf("outlived %d\n", status_of(child));
 }
 
 static volatile int stop;
@@ -118,7 +99,7 @@ static void* vfork_often(void* right) {
 }
 
 // Children of several threads at once, among others that go on.
-static void vforks_of_threads(void) {
+static void vforks_of_threads(char** unused) {
     pthread_t workers[2], parents[3];
     unsigned counts[2] = {0, 0};
     int right[3] = {0, 0, 0};
@@ -134,8 +115,7 @@ static void vforks_of_threads(void) {
     printf("right %d %d %d, worked %d\n", right[0], right[1], right[2], counts[0] && counts[1]);
 }
 
-static void spawns(void) {
-    char* arguments[] = {"missing", NULL};
+static void spawns(char** arguments) {
     pid_t child = 0;
     const int result = posix_spawn(&child, "/nowhere/missing", NULL, NULL, arguments, environ);
     printf("missing: %s, child %d\n", strerror(result), child ? status_of(child) : 0);
@@ -158,25 +138,19 @@ static int tree(int depth) {
     return status_of(left) + status_of(right);
 }
 
+static void fork_tree(char** arguments) { printf("leaves %d\n", tree(4)); }
+
 static char stack[65536];
 static int run_alone(void* argument) { return argument != NULL; }
+static void share(char** arguments) { clone(run_alone, stack + sizeof stack, CLONE_VM | SIGCHLD, arguments); }
 
 int main(int argc, char** argv) {
-    const char* const way = argc > 1 ? argv[1] : "";
-    setvbuf(stdout, NULL, _IONBF, 0);
-    printf("before %s\n", way);
-    if (strcmp(way, "vfork") == 0)
-        vforks();
-    if (strcmp(way, "vfork-fork") == 0)
-        forks_of_vforks();
-    if (strcmp(way, "vfork-threads") == 0)
-        vforks_of_threads();
-    if (strcmp(way, "spawn") == 0)
-        spawns();
-    if (strcmp(way, "tree") == 0)
-        printf("leaves %d\n", tree(4));
-    if (strcmp(way, "shared") == 0)
-        clone(run_alone, stack + sizeof stack, CLONE_VM | SIGCHLD, NULL);
-    printf("after %s\n", way);
-    return 0;
+    static const struct way ways[] = {{"vfork", vforks},
+                                      {"vfork-fork", forks_of_vforks},
+                                      {"vfork-threads", vforks_of_threads},
+                                      {"spawn", spawns},
+                                      {"tree", fork_tree},
+                                      {"shared", share},
+                                      {NULL, NULL}};
+    return run_way(ways, argv);
 }

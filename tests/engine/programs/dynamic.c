@@ -16,7 +16,6 @@ static void at_exit(void) { printf("at exit\n"); }
 static int twice(int value) { return 2 * value; }
 
 static int count_module(struct dl_phdr_info* info, size_t size, void* count) {
-    (void)size;
     const char* const name = strrchr(info->dlpi_name, '/');
     if (!strstr(info->dlpi_name, "vdso"))
         printf("module %d %s\n", (*(int*)count)++, name ? name + 1 : info->dlpi_name);

@@ -1,4 +1,4 @@
-// Shows what the program is started with: arguments, environment, auxiliary vector, stack.
+// Shows what the program is started with: arguments, environment, auxiliary vector, stack, break.
 #define _GNU_SOURCE
 #include <elf.h>
 #include <inttypes.h>
@@ -99,5 +99,13 @@ int main(int argc, char** argv) {
         (char*)start - (limit.rlim_cur < 8 << 20 ? limit.rlim_cur : 8 << 20) + (1 << 18);
     *deep = 1;
     printf("stack as deep as the limit %d\n", *deep);
+
+    unsigned char* const end = sbrk(0);
+    const int grown = sbrk(1 << 20) == end;
+    memset(end, 7, 1 << 20);
+    const int shrunk = sbrk(-(1 << 19)) == end + (1 << 20) && sbrk(0) == end + (1 << 19);
+    sbrk(1 << 19);
+    printf("break %d %d, kept %d, cleared %d, too low %d\n", grown, shrunk, end[(1 << 19) - 1],
+           end[(1 << 20) - 1], brk((void*)4096));
     return 0;
 }

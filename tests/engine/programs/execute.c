@@ -4,25 +4,16 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <sys/auxv.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
+#include "tools.h"
 
-static int status_of(pid_t child) {
-    int status;
-    if (child < 0 || waitpid(child, &status, 0) != child)
-        return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-}
+extern char** environ;
 
 static void make_file(const char* name, const char* content, int mode) {
     const int file = open(name, O_CREAT | O_TRUNC | O_WRONLY, 0700);

@@ -1,31 +1,12 @@
 // Code that signals meet at every instruction.
+#include "tests/tools/registers.inc"
+
     .text
     .align 2
 
-.macro save_all
-    stp x29, x30, [sp, #-176]!
-    stp x19, x20, [sp, #16]
-    stp x21, x22, [sp, #32]
-    stp x23, x24, [sp, #48]
-    stp x25, x26, [sp, #64]
-    stp x27, x28, [sp, #80]
-    stp d8, d9, [sp, #96]
-    stp d10, d11, [sp, #112]
-.endm
-.macro restore_all
-    ldp d10, d11, [sp, #112]
-    ldp d8, d9, [sp, #96]
-    ldp x27, x28, [sp, #80]
-    ldp x25, x26, [sp, #64]
-    ldp x23, x24, [sp, #48]
-    ldp x21, x22, [sp, #32]
-    ldp x19, x20, [sp, #16]
-    ldp x29, x30, [sp], #176
-.endm
-
 .macro fill_registers
     ldr x1, =0x0101010101010101
-    .irp n, 2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29
+    .irp n, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29
     mov x\n, #\n
     mul x\n, x\n, x1
     .endr
@@ -41,8 +22,8 @@
     .globl fault_with_registers, faulting_instruction, undefined_instruction, trapping_instruction
     .type fault_with_registers, %function
 fault_with_registers:
-    save_all
-    stp x0, x1, [sp, #128]
+    enter_frame 192
+    stp x0, x1, [sp, #160]
     fill_registers
 undefined_instruction:
     udf #7
@@ -50,16 +31,16 @@ undefined_instruction:
 trapping_instruction:
     brk #9
     fill_registers
-    ldr x0, [sp, #128]
+    ldr x0, [sp, #160]
 faulting_instruction:
     str x28, [x0, #8]!
-    ldr x1, [sp, #136]
+    ldr x1, [sp, #168]
     str x28, [x1]
     stp x14, x15, [x1, #8]
     mrs x2, nzcv
     str x2, [x1, #24]
     str d9, [x1, #32]
-    restore_all
+    leave_frame 192
     ret
     .size fault_with_registers, . - fault_with_registers
 
@@ -68,7 +49,7 @@ faulting_instruction:
     .globl busy_round
     .type busy_round, %function
 busy_round:
-    save_all
+    enter_frame 192
     mov x27, x0
     mov x26, x1
     mov x28, x0
@@ -79,8 +60,8 @@ busy_round:
     mov x13, #7
     fmov d8, x0
 1:  add x28, x28, x14
-    str x28, [sp, #144]
-    ldr x28, [sp, #144]
+    str x28, [sp, #176]
+    ldr x28, [sp, #176]
     eor x14, x14, x28, lsr #3
     cbz x28, 9f
     tbnz x28, #7, 2f
@@ -104,8 +85,8 @@ busy_round:
     adc x14, x14, x15
     ldp x28, x13, [x25]
     add x28, x28, x13
-    stp x28, x14, [sp, #144]
-    ldp x14, x28, [sp, #144]
+    stp x28, x14, [sp, #176]
+    ldp x14, x28, [sp, #176]
     ldr x13, constant
     madd x28, x28, x13, x27
     ccmp x28, x14, #5, lo
@@ -129,7 +110,7 @@ busy_round:
     eor x0, x0, x28
     eor x0, x0, x14
     eor x0, x0, x15
-    restore_all
+    leave_frame 192
     ret
 10: eor x14, x14, x15, ror #11
     ret

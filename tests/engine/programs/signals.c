@@ -5,26 +5,20 @@
 #include <pthread.h>
 #include <setjmp.h>
 #include <signal.h>
-#include <stdint.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <sys/mman.h>
 #include <sys/select.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
-#include <sys/wait.h>
 #include <time.h>
 #include <ucontext.h>
 #include <unistd.h>
 
+#include "tools.h"
+
 static volatile sig_atomic_t count, order[16];
 static sigjmp_buf back;
 
-static void on_count(int number) {
-    (void)number;
-    ++count;
-}
+static void on_count(int number) { ++count; }
 
 static void install(int number, void* handler, int flags, uint64_t mask) {
     struct sigaction action = {0};
@@ -57,7 +51,7 @@ static void tell(int number, siginfo_t* information, void* context) {
         siglongjmp(back, 1);
 }
 
-static void information(void) {
+static void information(char** unused) {
     const int numbers[] = {SIGUSR1, SIGRTMIN, SIGALRM, SIGCHLD, SIGSEGV};
     for (unsigned n = 0; n < sizeof numbers / sizeof numbers[0]; ++n)
         install(numbers[n], tell, SA_SIGINFO | SA_RESTART, 0);
@@ -76,7 +70,6 @@ static void information(void) {
     timer_settime(timer, 0, &soon, NULL);
     sigsuspend(&old);
     sigprocmask(SIG_SETMASK, &old, NULL);
-    fflush(stdout);
     const pid_t child = fork();
     if (child == 0)
         _exit(42);
@@ -118,7 +111,7 @@ static void check_registers(int number, siginfo_t* information, void* context) {
     ((struct fpsimd_context*)vector)->vregs[9] += 1;
     machine->pc += 4;
 }
-static void registers(void) {
+static void registers(char** unused) {
     install(SIGSEGV, check_registers, SA_SIGINFO, 0);
     install(SIGILL, check_registers, SA_SIGINFO, 0);
     install(SIGTRAP, check_registers, SA_SIGINFO, 0);
@@ -132,7 +125,7 @@ static void registers(void) {
 
 // Every place in code that uses all registers, while a timer ticks: see signal_cases.S.
 uint64_t busy_round(uint64_t seed, uint64_t rounds);
-static void interrupted(void) {
+static void interrupted(char** unused) {
     const uint64_t expected = busy_round(1234, 20000);
     install(SIGALRM, on_count, 0, 0);
     every_millisecond(1);
@@ -157,7 +150,7 @@ static void on_nested(int number) {
     }
     --depth;
 }
-static void masks(void) {
+static void masks(char** unused) {
     install(SIGUSR1, on_nested, 0, BIT(SIGUSR2));
     install(SIGUSR2, on_nested, SA_NODEFER, 0);
     install(SIGHUP, on_nested, 0, 0);
@@ -193,7 +186,6 @@ static void on_stack(int number, siginfo_t* information, void* context) {
     printf("on it %d, flags %d, in frame %d\n",
            &here > stack_memory && &here < stack_memory + sizeof stack_memory, now.ss_flags,
            ((ucontext_t*)context)->uc_stack.ss_flags);
-    (void)information;
     if (number == SIGSEGV)
         siglongjmp(back, 1);
 }
@@ -202,7 +194,7 @@ static int endless(volatile char* above) {
     here[0] = above[0];
     return endless(here) + here[0];
 }
-static void stacks(void) {
+static void stacks(char** unused) {
     const stack_t stack = {stack_memory, 0, sizeof stack_memory};
     const stack_t small = {stack_memory, 0, 100};
     install(SIGUSR1, on_stack, SA_SIGINFO | SA_ONSTACK, 0);
@@ -220,12 +212,11 @@ static void stacks(void) {
 
 // System calls that a signal interrupts, with and without SA_RESTART.
 static void* send_later(void* argument) {
-    (void)argument;
     usleep(150000); // by then the other thread waits
     kill(getpid(), SIGUSR1);
     return NULL;
 }
-static void waits(void) {
+static void waits(char** unused) {
     int ends[2];
     pipe(ends);
     const sigset_t none = {0};
@@ -296,7 +287,7 @@ static void on_jump(int number) {
     ++count;
     siglongjmp(back, number);
 }
-static void jumps(void) {
+static void jumps(char** unused) {
     install(SIGALRM, on_jump, 0, 0);
     while (count < 100)
         if (!sigsetjmp(back, 1)) {
@@ -309,7 +300,7 @@ static void jumps(void) {
 }
 
 // Between processes and threads.
-static void processes(void) {
+static void processes(char** unused) {
     install(SIGUSR1, on_count, 0, 0);
     sigset_t set, old;
     sigemptyset(&set);
@@ -348,7 +339,6 @@ static _Thread_local volatile int own_count;
 static volatile int stop;
 static int total;
 static void on_thread(int number) {
-    (void)number;
     ++own_count;
     __atomic_add_fetch(&total, 1, __ATOMIC_SEQ_CST);
 }
@@ -358,7 +348,7 @@ static void* wait_for_signals(void* argument) {
         sum = sum * 3 + (uint64_t)argument; // linked to itself
     return (void*)(uintptr_t)(own_count == 50 && sum);
 }
-static void threads(void) {
+static void threads(char** unused) {
     enum { number = 8 };
     pthread_t ids[number];
     install(SIGRTMIN + 1, on_thread, 0, 0); // each is delivered
@@ -397,41 +387,31 @@ static void threads(void) {
 }
 
 // A frame that cannot be written or read ends the process, and a handler is not asked.
-static void bad_stack(void) {
+static void bad_stack(char** unused) {
     install(SIGUSR1, on_count, 0, 0);
     printf("a signal comes\n");
-    fflush(stdout);
     __asm__ volatile("mov x1, %0\n mov x0, %1\n mov x8, 129\n mov sp, %2\n svc 0\n b ."
                      :
                      : "r"((uint64_t)SIGUSR1), "r"((uint64_t)getpid()), "r"((uint64_t)0x1000)
                      : "x0", "x1", "x8", "memory");
 }
-static void bad_frame(void) {
+static void bad_frame(char** unused) {
     printf("there is no frame\n");
-    fflush(stdout);
     __asm__ volatile("mov sp, %0\n mov x8, 139\n svc 0" : : "r"((uint64_t)0x1000) : "x8", "memory");
 }
 
 int main(int argc, char** arguments) {
-    static const struct {
-        const char* name;
-        void (*run)(void);
-    } ways[] = {{"information", information},
-                {"registers", registers},
-                {"interrupted", interrupted},
-                {"masks", masks},
-                {"stacks", stacks},
-                {"waits", waits},
-                {"jumps", jumps},
-                {"processes", processes},
-                {"threads", threads},
-                {"bad-stack", bad_stack},
-                {"bad-frame", bad_frame}};
-    for (unsigned n = 0; n < sizeof ways / sizeof ways[0]; ++n)
-        if (argc == 2 && strcmp(arguments[1], ways[n].name) == 0) {
-            ways[n].run();
-            printf("end\n");
-            return 0;
-        }
-    return 2;
+    static const struct way ways[] = {{"information", information},
+                                      {"registers", registers},
+                                      {"interrupted", interrupted},
+                                      {"masks", masks},
+                                      {"stacks", stacks},
+                                      {"waits", waits},
+                                      {"jumps", jumps},
+                                      {"processes", processes},
+                                      {"threads", threads},
+                                      {"bad-stack", bad_stack},
+                                      {"bad-frame", bad_frame},
+                                      {NULL, NULL}};
+    return run_way(ways, arguments);
 }

@@ -22,7 +22,6 @@ void fault(const struct state* from, struct state* to);
 void clobber(void);
 
 static void on_tick(int number) {
-    (void)number;
     clobber();
     ++ticks;
 }
@@ -51,8 +50,6 @@ static struct state* record_of(ucontext_t* context) {
 
 static struct state seen;
 static void on_fault(int number, siginfo_t* information, void* context) {
-    (void)number;
-    (void)information;
     struct state* const saved = record_of(context);
     if (!saved) {
         printf("no record\n");

@@ -4,14 +4,11 @@
 #include <semaphore.h>
 #include <signal.h>
 #include <stdatomic.h>
-#include <stdint.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <sys/mman.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
+
+#include "tools.h"
 
 static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 static pthread_cond_t changed = PTHREAD_COND_INITIALIZER;
@@ -132,46 +129,6 @@ static void broken_lists(void) {
     }
 }
 
-// One thread rewrites, or maps anew, the code that another calls through a pointer. The other makes no system
-// call between its calls.
-typedef unsigned (*function)(void);
-static atomic_uint written, called;
-enum { changes = 15 };
-static unsigned results[changes];
-static function volatile target;
-static void* call_changing(void* argument) {
-    for (unsigned n = 0; n < changes; ++n) {
-        while (atomic_load(&written) <= n)
-            ;
-        results[n] = target();
-        atomic_store(&called, n + 1);
-    }
-    return argument;
-}
-static void changing_code(void) {
-    const int writable = PROT_READ | PROT_WRITE;
-    unsigned* const code = mmap(NULL, 65536, writable | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    target = (function)code;
-    pthread_t id;
-    pthread_create(&id, NULL, call_changing, NULL);
-    unsigned wrong = 0;
-    for (unsigned n = 0; n < changes; ++n) {
-        if (n % 5 == 4) {
-            munmap(code, 65536);
-            mmap(code, 65536, writable | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
-        }
-        code[0] = 0x52800000 | n << 5; // MOV W0, #n; RET
-        code[1] = 0xD65F03C0;
-        __builtin___clear_cache((char*)code, (char*)(code + 2));
-        atomic_store(&written, n + 1);
-        while (atomic_load(&called) <= n)
-            usleep(1000);
-        wrong += results[n] != n || target() != n;
-    }
-    pthread_join(id, NULL);
-    printf("changing code, wrong %u\n", wrong);
-}
-
 static void* spin(void* argument) {
     for (volatile uint64_t n = 0;; ++n)
         ;
@@ -204,7 +161,7 @@ static void* allocate(void* argument) {
 }
 
 // A child made by fork has one thread, whatever the others were doing.
-static int fork_with_threads(void) {
+static void fork_with_threads(char** arguments) {
     pthread_t id;
     pthread_create(&id, NULL, spin, NULL);
     pthread_create(&id, NULL, allocate, NULL);
@@ -215,55 +172,61 @@ static int fork_with_threads(void) {
             memset(memory, n, 100000);
             exit(memory[99999] + 20);
         }
-        int status = 0;
-        if (waitpid(child, &status, 0) != child || !WIFEXITED(status))
-            return 1;
-        printf("child %d\n", WEXITSTATUS(status));
+        printf("child %d\n", status_of(child));
     }
-    return 0;
+    exit(0);
+}
+
+static void run_and_join(void* (*run)(void*), void* argument) {
+    pthread_t id;
+    pthread_create(&id, NULL, run, argument);
+    pthread_join(id, NULL);
+}
+
+static void all_work(char** arguments) {
+    create_and_join();
+    detached();
+    turns();
+    broken_lists();
+}
+// The process ends while others spin, wait, and start threads.
+static void end_here(char** arguments) {
+    pthread_t id;
+    for (int n = 0; n < 3; ++n) {
+        pthread_create(&id, NULL, spin, NULL);
+        pthread_create(&id, NULL, wait_forever, NULL);
+    }
+    if (arguments)
+        exit(33);
+}
+static void end_elsewhere(char** arguments) {
+    end_here(NULL);
+    run_and_join(exit_group, (void*)34);
+}
+// The process outlives the thread that it started with.
+static void end_first_thread(char** arguments) {
+    pthread_t id;
+    pthread_create(&id, NULL, exit_late, arguments);
+    pthread_exit(NULL);
+}
+static void fault_elsewhere(char** arguments) { run_and_join((void* (*)(void*))16, arguments); }
+static void cancel(char** arguments) {
+    pthread_t id;
+    sem_init(&done, 0, 0);
+    pthread_create(&id, NULL, wait_to_be_cancelled, arguments);
+    sem_wait(&done);
+    pthread_cancel(id);
+    pthread_join(id, NULL);
 }
 
 int main(int argc, char** argv) {
-    const char* const way = argc > 1 ? argv[1] : "";
-    pthread_t id;
-    printf("before %s\n", way);
-    fflush(stdout);
-    if (strcmp(way, "work") == 0) {
-        create_and_join();
-        detached();
-        turns();
-        broken_lists();
-        changing_code();
-    }
-    if (strcmp(way, "fork") == 0)
-        return fork_with_threads();
-    // The process ends while others spin, wait, and start threads.
-    if (strcmp(way, "return") == 0 || strcmp(way, "exit-elsewhere") == 0) {
-        for (int n = 0; n < 3; ++n) {
-            pthread_create(&id, NULL, spin, NULL);
-            pthread_create(&id, NULL, wait_forever, NULL);
-        }
-        if (way[0] == 'r')
-            return 33;
-        pthread_create(&id, NULL, exit_group, (void*)34);
-        pthread_join(id, NULL);
-    }
-    // The process outlives the thread that it started with.
-    if (strcmp(way, "first-thread-ends") == 0) {
-        pthread_create(&id, NULL, exit_late, NULL);
-        pthread_exit(NULL);
-    }
-    if (strcmp(way, "fault-elsewhere") == 0) {
-        pthread_create(&id, NULL, (void* (*)(void*))16, NULL);
-        pthread_join(id, NULL);
-    }
-    if (strcmp(way, "cancel") == 0) {
-        sem_init(&done, 0, 0);
-        pthread_create(&id, NULL, wait_to_be_cancelled, NULL);
-        sem_wait(&done);
-        pthread_cancel(id);
-        pthread_join(id, NULL);
-    }
-    printf("after %s\n", way);
-    return 0;
+    static const struct way ways[] = {{"work", all_work},
+                                      {"fork", fork_with_threads},
+                                      {"return", end_here},
+                                      {"exit-elsewhere", end_elsewhere},
+                                      {"first-thread-ends", end_first_thread},
+                                      {"fault-elsewhere", fault_elsewhere},
+                                      {"cancel", cancel},
+                                      {NULL, NULL}};
+    return run_way(ways, argv);
 }

@@ -4,12 +4,10 @@
 #include <inttypes.h>
 #include <setjmp.h>
 #include <signal.h>
-#include <stdint.h>
-#include <stdio.h>
-#include <string.h>
-#include <sys/mman.h>
 #include <sys/time.h>
 #include <ucontext.h>
+
+#include "tools.h"
 
 uint64_t count_up(uint64_t n), leaf(uint64_t x, uint64_t y), return_elsewhere(uint64_t n);
 extern const char count_up_between[], behind_leaf[], behind_inner_leaf[], count_up_end[];
@@ -20,7 +18,6 @@ static volatile unsigned inside, wrong;
 
 // What the registers hold is decided by the address.
 static void check_registers(int number, siginfo_t* information, void* context) {
-    (void)number, (void)information;
     const mcontext_t* const machine = &((const ucontext_t*)context)->uc_mcontext;
     const uint64_t pc = machine->pc, start = (uint64_t)count_up_between - 4;
     if (pc >= start && pc < (uint64_t)count_up_end - 20) {
@@ -84,19 +81,15 @@ static void call_by_pointer(void) {
 
 // Code that has been called often gets another value and another length.
 static void rewrite(void) {
-    enum { bytes = 65536, writable = PROT_READ | PROT_WRITE };
-    uint32_t* const code = mmap(NULL, bytes, writable | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    unsigned (*const function)(void) = (unsigned (*)(void))code;
+    uint32_t* const code = map_code(NULL, 0);
     unsigned sum = 0;
     for (unsigned round = 0; round < 4; ++round) {
-        unsigned length = 0;
-        code[length++] = 0x52800000 | round << 5; // MOV W0, #round
         for (unsigned n = 0; n < round; ++n)
-            code[length++] = 0x11000400; // ADD W0, W0, #1
-        code[length++] = 0xD65F03C0;     // RET
-        __builtin___clear_cache((char*)code, (char*)(code + length));
+            code[n] = 0xD503201F; // NOP
+        write_function(code + round, round);
+        publish(code, 64);
         for (unsigned n = 0; n < often; ++n)
-            sum += function() * (round + 1);
+            sum += ((unsigned (*)(void))code)() * (round + 1);
     }
     printf("rewritten: %u\n", sum);
 }
