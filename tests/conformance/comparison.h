@@ -24,6 +24,6 @@ std::string first_difference(const carried_out& done);
 
 // The first difference of two blocks of memory that stand for the same addresses.
 std::string first_memory_difference(const std::uint8_t* processor, const std::uint8_t* ours,
-                                    std::size_t size);
+                                    const std::uint8_t* before, std::size_t size);
 
 } // namespace conformance

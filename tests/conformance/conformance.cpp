@@ -24,35 +24,25 @@ namespace {
 constexpr int exit_different = 1;
 constexpr int exit_usage = 2;
 constexpr int exit_no_processor = 77;
-constexpr std::size_t most_jobs = 256;
+constexpr std::uint64_t most_jobs = 256;
 constexpr std::size_t most_rows = 4096;
 
 struct settings {
     std::uint64_t seed = 1;
-    std::uint64_t only_seed = 0;
-    bool has_only_seed = false;
-    std::uint32_t iterations = 100;
-    std::string filter;
-    bool list = false;
-    bool verbose = false;
-    bool processor_only = false;
-    int jobs = static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN));
-    fault_part planted = fault_part::none;
+    std::uint64_t only_seed = 0; // if not 0, the only case
+    std::uint64_t iterations = 100;
+    std::uint64_t jobs = static_cast<std::uint64_t>(sysconf(_SC_NPROCESSORS_ONLN));
+    std::string filter, planted;
 };
 
 constexpr char usage[] =
-    "usage: conformance [OPTION]...\n"
+    "usage: conformance [OPTION VALUE]...\n"
     "Compares what the emulator does for each opcode with what this processor does. It needs 1024-bit SVE.\n"
     "  --seed N           start of the random cases (1)\n"
     "  --iterations N     states for each opcode (100)\n"
     "  --filter PATTERN   only stubs whose name contains PATTERN, or fits it if it has a *\n"
     "  --only-seed N      only the case of this seed, as a difference reported it; with --filter\n"
     "  --jobs N           processes at once (one for each processor)\n"
-    "  --list             list the rows and the deliberate differences\n"
-    "  --verbose          tell the counts of each row\n"
-    "  --processor-only   do nothing with our code: tells of every row, missing ones too, whether its words "
-    "and\n"
-    "                     operands are such that the processor executes them without a fault\n"
     "  --plant-fault PART spoil a part of every result: x, sp, z, p, ffr, nzcv, fpsr, fpcr, memory\n"
     "Exit status: 0 if all agree, 1 if something differs, 2 on bad use, 77 if the processor is not fit.\n";
 
@@ -61,52 +51,42 @@ constexpr char usage[] =
     std::exit(exit_usage);
 }
 
-std::uint64_t number_of(const char* option, const char* text, std::uint64_t low, std::uint64_t high) {
-    char* end = nullptr;
-    errno = 0;
-    const std::uint64_t value = std::strtoull(text, &end, 0);
-    if (errno != 0 || end == text || *end != '\0' || *text == '-' || value < low || value > high)
-        fail_usage("a number out of range, or none", option);
-    return value;
-}
-
 settings parse(int count, char** arguments) {
     settings result;
-    for (int i = 1; i < count; ++i) {
-        const std::string option = arguments[i];
-        if (option == "--list" || option == "--verbose" || option == "--processor-only") {
-            (option == "--list"      ? result.list
-             : option == "--verbose" ? result.verbose
-                                     : result.processor_only) = true;
-            continue;
-        }
-        if (option == "--help") {
+    const struct {
+        const char* name;
+        std::uint64_t* number;
+        std::string* text;
+        std::uint64_t lowest, highest;
+    } options[] = {{"--seed", &result.seed, nullptr, 0, UINT64_MAX},
+                   {"--only-seed", &result.only_seed, nullptr, 1, UINT64_MAX},
+                   {"--iterations", &result.iterations, nullptr, 1, 100000000},
+                   {"--jobs", &result.jobs, nullptr, 1, most_jobs},
+                   {"--filter", nullptr, &result.filter, 0, 0},
+                   {"--plant-fault", nullptr, &result.planted, 0, 0}};
+    for (int i = 1; i < count; i += 2) {
+        if (std::strcmp(arguments[i], "--help") == 0) {
             std::fputs(usage, stdout);
             std::exit(0);
         }
-        const bool known = option == "--seed" || option == "--iterations" || option == "--filter" ||
-                           option == "--only-seed" || option == "--jobs" || option == "--plant-fault";
-        if (!known)
-            fail_usage("no such option; --help lists them", option.c_str());
-        if (++i == count)
-            fail_usage("a value is missing", option.c_str());
-        const char* const value = arguments[i];
-        if (option == "--seed") {
-            result.seed = number_of("--seed", value, 0, UINT64_MAX);
-        } else if (option == "--iterations") {
-            result.iterations = static_cast<std::uint32_t>(number_of("--iterations", value, 1, 100000000));
-        } else if (option == "--filter") {
-            result.filter = value;
-        } else if (option == "--only-seed") {
-            result.only_seed = number_of("--only-seed", value, 0, UINT64_MAX);
-            result.has_only_seed = true;
-        } else if (option == "--jobs") {
-            result.jobs = static_cast<int>(number_of("--jobs", value, 1, most_jobs));
-        } else {
-            result.planted = fault_part_of(value);
-            if (result.planted == fault_part::none)
-                fail_usage("no such part", value);
+        const auto option = std::find_if(std::begin(options), std::end(options), [&](const auto& known) {
+            return std::strcmp(known.name, arguments[i]) == 0;
+        });
+        if (option == std::end(options))
+            fail_usage("no such option; --help lists them", arguments[i]);
+        const char* const value = arguments[i + 1];
+        if (!value)
+            fail_usage("a value is missing", arguments[i]);
+        if (option->text) {
+            *option->text = value;
+            continue;
         }
+        char* end = nullptr;
+        errno = 0;
+        *option->number = std::strtoull(value, &end, 0);
+        if (errno != 0 || end == value || *end != '\0' || *value == '-' || *option->number < option->lowest ||
+            *option->number > option->highest)
+            fail_usage("a number out of range, or none", arguments[i]);
     }
     return result;
 }
@@ -167,23 +147,21 @@ void report_difference(const opcode_row& row, const row_result& result, const di
 void work(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress,
           int process) {
     const arena memory;
-    row_checker checker(memory, chosen.planted, chosen.processor_only);
+    row_checker checker(memory, chosen.planted);
     for (;;) {
         const std::size_t index = progress->next_row.fetch_add(1);
         if (index >= rows.size())
             return;
         const opcode_row& row = rows[index];
-        if (row.missing && !chosen.processor_only)
-            continue;
         progress->current_row[process] = index;
         difference_report first = {};
         row_result& result = progress->rows[index].result;
-        if (chosen.has_only_seed) {
+        if (chosen.only_seed != 0) {
             progress->current_seed[process] = chosen.only_seed;
             result = checker.check_one(row, chosen.only_seed, first);
         } else {
-            result =
-                checker.check(row, chosen.seed, chosen.iterations, progress->current_seed[process], first);
+            result = checker.check(row, chosen.seed, static_cast<std::uint32_t>(chosen.iterations),
+                                   progress->current_seed[process], first);
         }
         progress->rows[index].done = true;
         if (result.differences != 0)
@@ -210,8 +188,7 @@ pid_t start_process(const settings& chosen, const std::vector<opcode_row>& rows,
 
 // A process that dies is told of, with the case at work, and another one goes on in its place.
 void run_processes(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress) {
-    const int jobs =
-        static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(chosen.jobs), most_jobs));
+    const auto jobs = static_cast<int>(std::min(chosen.jobs, most_jobs));
     std::vector<pid_t> processes;
     for (int i = 0; i < jobs; ++i)
         processes.push_back(start_process(chosen, rows, progress, i));
@@ -238,17 +215,13 @@ void run_processes(const settings& chosen, const std::vector<opcode_row>& rows, 
 }
 
 struct totals {
-    std::uint64_t checked, states, differing, missing, unexecuted, died, rejected_words;
+    std::uint64_t checked, states, differing, unexecuted, died, rejected_words;
 };
 
 totals add_up(const settings& chosen, const std::vector<opcode_row>& rows, const shared_progress* progress) {
     totals sum = {};
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const row_progress& row = progress->rows[i];
-        if (rows[i].missing && !chosen.processor_only) {
-            ++sum.missing;
-            continue;
-        }
         if (!row.done) {
             ++sum.died;
             continue;
@@ -257,7 +230,7 @@ totals add_up(const settings& chosen, const std::vector<opcode_row>& rows, const
         sum.states += row.result.states;
         sum.differing += row.result.differences != 0;
         // A row must have been compared at as many states as were asked for.
-        const std::uint32_t wanted = chosen.has_only_seed ? 1 : chosen.iterations;
+        const std::uint64_t wanted = chosen.only_seed != 0 ? 1 : chosen.iterations;
         if (row.result.states < wanted) {
             ++sum.unexecuted;
             say(std::string("NOT COMPARABLE ") + rows[i].name + ": " + std::to_string(row.result.states) +
@@ -266,10 +239,6 @@ totals add_up(const settings& chosen, const std::vector<opcode_row>& rows, const
         } else {
             ++sum.checked;
         }
-        if (chosen.verbose)
-            say(std::string(rows[i].name) + ": " + std::to_string(row.result.states) + " states, " +
-                std::to_string(row.result.differences) + " differ, " + std::to_string(row.result.words) +
-                " words, " + std::to_string(row.result.rejected_words) + " rejected");
     }
     return sum;
 }
@@ -278,22 +247,12 @@ int run(const settings& chosen, const std::vector<opcode_row>& rows) {
     shared_progress* const progress = make_progress();
     run_processes(chosen, rows, progress);
     const totals sum = add_up(chosen, rows, progress);
-    if (chosen.processor_only)
-        std::printf("Nothing was compared: the processor alone has executed this. ");
-    std::printf("%llu rows checked with %llu states, %llu of them differ; %llu missing; %llu not comparable; "
-                "%llu died. %llu reserved words were rejected by the processor.\n",
-                static_cast<unsigned long long>(sum.checked), static_cast<unsigned long long>(sum.states),
-                static_cast<unsigned long long>(sum.differing), static_cast<unsigned long long>(sum.missing),
-                static_cast<unsigned long long>(sum.unexecuted), static_cast<unsigned long long>(sum.died),
-                static_cast<unsigned long long>(sum.rejected_words));
+    const auto shown = [](std::uint64_t number) { return static_cast<unsigned long long>(number); };
+    std::printf("%llu rows checked with %llu states, %llu of them differ; %llu not comparable; %llu died. "
+                "%llu reserved words were rejected by the processor.\n",
+                shown(sum.checked), shown(sum.states), shown(sum.differing), shown(sum.unexecuted),
+                shown(sum.died), shown(sum.rejected_words));
     return sum.differing + sum.unexecuted + sum.died == 0 ? 0 : exit_different;
-}
-
-void list(const std::vector<opcode_row>& rows) {
-    for (const opcode_row& row : rows)
-        std::printf("%s%s\n", row.name, row.missing ? " (missing)" : "");
-    for (const deliberate_difference& difference : deliberate_differences())
-        std::printf("deliberate difference of %s: %s\n", difference.pattern, difference.reason);
 }
 
 } // namespace
@@ -303,10 +262,9 @@ int main(int count, char** arguments) {
     const std::vector<opcode_row> rows = selected_rows(chosen.filter);
     if (rows.empty())
         fail_usage("no stub has such a name", chosen.filter.c_str());
-    if (chosen.list) {
-        list(rows);
-        return 0;
-    }
+    cpu_state state;
+    if (!row_checker(arena(), chosen.planted).spoil(state, 0))
+        fail_usage("no such part", chosen.planted.c_str());
     const rlimit no_core = {0, 0};
     setrlimit(RLIMIT_CORE, &no_core); // a process that dies is reported
     const std::string reason = prepare_processor();

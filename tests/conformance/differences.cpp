@@ -95,16 +95,20 @@ void expect_zeros_after_fault(std::uint32_t word, const cpu_state&, processor_re
     }
 }
 
-constexpr deliberate_difference differences[] = {
-    {"VecPNorPPZ", "takes a source byte other than zero as true, even if bit 0 is clear", expect_nor},
-    {"VecPBreakNext*PZ", "takes the byte of Pn at the last active position as true if it is other than zero",
-     expect_break_next},
-    {"VecPBreakPrevB*PZ", "takes the byte of Pn at the last active position as true if it is other than zero",
-     expect_break_before_pair},
-    {"Vec*32LoadFF*", "gives 0 for the elements from a fault on, which the architecture leaves open",
-     expect_zeros_after_fault},
-    {"Vec*64LoadFF*", "gives 0 for the elements from a fault on, which the architecture leaves open",
-     expect_zeros_after_fault},
+// Where we differ on purpose: stub names, with * for any characters, and what changes the processor's
+// registers after the word into those that we define, from the state before it.
+constexpr struct {
+    const char* pattern;
+    void (*expect)(std::uint32_t word, const cpu_state& before, processor_registers& processor);
+} differences[] = {
+    // Take a source byte other than zero as true, even if bit 0 is clear; the last two at the last active
+    // position only.
+    {"VecPNorPPZ", expect_nor},
+    {"VecPBreakNext*PZ", expect_break_next},
+    {"VecPBreakPrevB*PZ", expect_break_before_pair},
+    // Give 0 for the elements from a fault on, which the architecture leaves open.
+    {"Vec*32LoadFF*", expect_zeros_after_fault},
+    {"Vec*64LoadFF*", expect_zeros_after_fault},
 };
 
 bool fits(const char* pattern, const char* name) {
@@ -117,15 +121,13 @@ bool fits(const char* pattern, const char* name) {
 
 } // namespace
 
-std::span<const deliberate_difference> deliberate_differences() { return differences; }
-
 bool matches(const char* pattern, const char* name) {
     return std::strchr(pattern, '*') ? fits(pattern, name) : std::strstr(name, pattern) != nullptr;
 }
 
 void expect_deliberate_differences(const opcode_row& row, std::uint32_t word, const cpu_state& before,
                                    processor_registers& processor) {
-    for (const deliberate_difference& difference : differences) {
+    for (const auto& difference : differences) {
         if (fits(difference.pattern, row.name))
             difference.expect(word, before, processor);
     }

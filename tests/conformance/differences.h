@@ -4,23 +4,12 @@
 
 #include "tests/conformance/comparison.h"
 
-#include <span>
-
 namespace conformance {
-
-struct deliberate_difference {
-    const char* pattern; // stub names, with * for any characters
-    const char* reason;
-    // Changes the processor's registers after `word` into those that we define, from the state before it.
-    void (*expect)(std::uint32_t word, const cpu_state& before, processor_registers& processor);
-};
-
-std::span<const deliberate_difference> deliberate_differences();
 
 // Whether a name fits a pattern: a part of it, or with * all of it.
 bool matches(const char* pattern, const char* name);
 
-// Rewrites by every entry that fits the row.
+// Changes the processor's registers after the word into those that we define, where we differ on purpose.
 void expect_deliberate_differences(const opcode_row& row, std::uint32_t word, const cpu_state& before,
                                    processor_registers& processor);
 

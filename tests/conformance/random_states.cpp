@@ -59,28 +59,18 @@ element_hint hint_of(std::string_view name) {
 // Integers of a size: extremes, small ones, single bits, shift counts around the width.
 std::uint64_t special_integer(int bits, random_source& random) {
     const std::uint64_t top = std::uint64_t{1} << (bits - 1);
-    switch (random.below(10)) {
-    case 0:
-        return 0;
-    case 1:
-        return 1;
-    case 2:
-        return ~std::uint64_t{0};
-    case 3:
-        return top;
-    case 4:
-        return top - 1;
-    case 5:
-        return random.below(static_cast<std::uint64_t>(2 * bits + 2));
-    case 6:
-        return 0 - random.below(static_cast<std::uint64_t>(2 * bits + 2));
-    case 7:
-        return std::uint64_t{1} << random.below(static_cast<std::uint64_t>(bits));
-    case 8:
-        return top + static_cast<std::uint64_t>(random.between(-3, 3));
-    default:
-        return random.next();
-    }
+    const auto count = random.below(static_cast<std::uint64_t>(2 * bits + 2));
+    const std::uint64_t values[] = {0,
+                                    1,
+                                    ~std::uint64_t{0},
+                                    top,
+                                    top - 1,
+                                    count,
+                                    0 - count,
+                                    std::uint64_t{1} << count % static_cast<unsigned>(bits),
+                                    top + static_cast<std::uint64_t>(random.between(-3, 3)),
+                                    random.next()};
+    return values[random.below(std::size(values))];
 }
 
 // Numbers of a format, with a random sign: specials, both kinds of NaN with payloads, denormals, the edges of
@@ -89,63 +79,40 @@ std::uint64_t special_float(int bits, random_source& random) {
     const int exponent_bits = bits == 16 ? 5 : bits == 32 ? 8 : 11;
     const int fraction_bits = bits - 1 - exponent_bits;
     const std::uint64_t one = std::uint64_t{1} << fraction_bits;
-    const std::uint64_t fraction = random.next() & (one - 1);
-    const std::uint64_t largest = (std::uint64_t{1} << exponent_bits) - 1;
-    const std::uint64_t bias = largest / 2;
-    const auto exponent = [&](std::int64_t value) {
-        return (static_cast<std::uint64_t>(value) & largest) * one;
+    const std::uint64_t fraction = random.next() & (one - 1), quiet = one >> 1;
+    const std::int64_t largest = (std::int64_t{1} << exponent_bits) - 1, bias = largest / 2;
+    const auto power = [&](std::int64_t exponent) {
+        return static_cast<std::uint64_t>(exponent & largest) * one;
     };
-    const auto near_bias = static_cast<std::int64_t>(bias);
-    const std::uint64_t sign = (random.next() & 1) << (bits - 1);
-    const std::uint64_t quiet = one >> 1;
-    switch (random.below(20)) {
-    case 0:
-        return sign;
-    case 1:
-        return sign | exponent(static_cast<std::int64_t>(largest));
-    case 2:
-        return sign | exponent(static_cast<std::int64_t>(largest)) | quiet;
-    case 3:
-        return sign | exponent(static_cast<std::int64_t>(largest)) | quiet | fraction;
-    case 4:
-        return sign | exponent(static_cast<std::int64_t>(largest)) | 1;
-    case 5:
-        return sign | exponent(static_cast<std::int64_t>(largest)) | (fraction & (quiet - 1)) | 1;
-    case 6:
-        return sign | 1;
-    case 7:
-        return sign | (one - 1);
-    case 8:
-        return sign | fraction;
-    case 9:
-        return sign | fraction >> random.below(static_cast<std::uint64_t>(fraction_bits));
-    case 10:
-        return sign | one;
-    case 11:
-        return sign | (exponent(static_cast<std::int64_t>(largest)) - 1);
-    case 12:
-        return sign | exponent(near_bias);
-    case 13:
-        return (sign | exponent(near_bias)) + static_cast<std::uint64_t>(random.between(-2, 2));
-    case 14: // a small number with few fraction bits: exact results, ties
-        return sign | exponent(near_bias + random.between(-2, 4)) | (random.below(8) << (fraction_bits - 3));
-    case 15: // near the largest, so that results overflow
-        return sign | exponent(static_cast<std::int64_t>(largest) - random.between(1, 3)) | fraction;
-    case 16: // near the smallest normal, so that results become denormal
-        return sign | exponent(random.between(1, fraction_bits + 3)) | fraction;
-    case 17: { // around the edges of integers and of the narrower formats
-        static constexpr std::int64_t edges[] = {15,  16,   31,   32,  63, 64, -14,
-                                                 -24, -126, -149, 127, 10, 23, 52};
-        const std::int64_t edge = near_bias + edges[random.below(std::size(edges))];
-        if (edge < 0 || edge >= static_cast<std::int64_t>(largest))
-            return sign | exponent(near_bias) | fraction;
-        return (sign | exponent(edge)) + static_cast<std::uint64_t>(random.between(-3, 3));
-    }
-    case 18:
-        return sign | exponent(near_bias + random.between(-4, 4)) | fraction;
-    default:
-        return random.next();
-    }
+    const auto near = [&](std::int64_t distance) {
+        return static_cast<std::uint64_t>(random.between(-distance, distance));
+    };
+    // The edges of integers and of the narrower formats.
+    static constexpr std::int64_t edges[] = {15, 16, 31, 32, 63, 64, -14, -24, -126, -149, 127, 10, 23, 52};
+    const std::int64_t edge = bias + edges[random.below(std::size(edges))];
+    const std::uint64_t values[] = {
+        0,
+        1,
+        one - 1,
+        one,
+        fraction,
+        fraction >> random.below(static_cast<std::uint64_t>(fraction_bits)),
+        power(largest), // infinity and NaN
+        power(largest) | quiet,
+        power(largest) | quiet | fraction,
+        power(largest) | 1,
+        power(largest) | (fraction & (quiet - 1)) | 1,
+        power(largest) - 1,
+        power(bias),
+        power(bias) + near(2),
+        power(bias + random.between(-2, 4)) | random.below(8) << (fraction_bits - 3), // exact results, ties
+        power(bias + random.between(-4, 4)) | fraction,
+        power(largest - random.between(1, 3)) | fraction,       // so that results overflow
+        power(random.between(1, fraction_bits + 3)) | fraction, // so that results become denormal
+        edge < 0 || edge >= largest ? power(bias) | fraction : power(edge) + near(3),
+        random.next(),
+    };
+    return values[random.below(std::size(values))] ^ (random.next() & 1) << (bits - 1);
 }
 
 constexpr int pool_size = 32;
@@ -180,16 +147,11 @@ void fill_elements(std::uint8_t* row, const value_pool& pool, bool mixed, random
 }
 
 void fill_register(std::uint8_t* row, const value_pool& pool, bool mixed, random_source& random) {
-    switch (pool.bits) {
-    case 8:
-        return fill_elements<std::uint8_t>(row, pool, mixed, random);
-    case 16:
-        return fill_elements<std::uint16_t>(row, pool, mixed, random);
-    case 32:
-        return fill_elements<std::uint32_t>(row, pool, mixed, random);
-    default:
-        return fill_elements<std::uint64_t>(row, pool, mixed, random);
-    }
+    const auto fill = pool.bits == 8    ? fill_elements<std::uint8_t>
+                      : pool.bits == 16 ? fill_elements<std::uint16_t>
+                      : pool.bits == 32 ? fill_elements<std::uint32_t>
+                                        : fill_elements<std::uint64_t>;
+    fill(row, pool, mixed, random);
 }
 
 void random_bytes(void* destination, std::size_t size, random_source& random) {
@@ -207,15 +169,15 @@ void set_vectors(cpu_state& state, std::uint32_t word, element_hint hint, random
     const value_pool main_pool = make_pool(hint.bits, hint.floating, random);
     const std::uint32_t first = field(word, 4, 0);
     const std::uint32_t named[] = {first,
-                                   (first + 1) % 32,
-                                   (first + 2) % 32,
-                                   (first + 3) % 32,
+                                   first + 1,
+                                   first + 2,
+                                   first + 3,
                                    field(word, 9, 5),
                                    field(word, 20, 16),
                                    field(word, 19, 16),
                                    field(word, 18, 16)};
     for (const std::uint32_t number : named) {
-        std::uint8_t* const row = state.z[number];
+        std::uint8_t* const row = state.z[number % 32];
         switch (random.below(8)) {
         case 0: // all bits random
             break;
@@ -252,62 +214,28 @@ void set_prefix(std::uint64_t (&bits)[2], int count) {
 }
 
 void set_predicate_bits(std::uint64_t (&bits)[2], int element_bytes, random_source& random) {
-    static constexpr std::uint64_t element_bits[] = {~std::uint64_t{0}, 0x5555555555555555,
-                                                     0x1111111111111111, 0x0101010101010101};
-    const std::uint64_t elements = element_bits[element_bytes == 1   ? 0
-                                                : element_bytes == 2 ? 1
-                                                : element_bytes == 4 ? 2
-                                                                     : 3];
-    const int count = vector_bytes / element_bytes;
-    const auto position = static_cast<int>(random.below(static_cast<std::uint64_t>(count))) * element_bytes;
-    switch (random.below(12)) {
-    case 0:
-        bits[0] = bits[1] = 0;
-        break;
-    case 1:
-        bits[0] = bits[1] = ~std::uint64_t{0};
-        break;
-    case 2:
-        bits[0] = bits[1] = elements;
-        break;
-    case 3: // no element, but other bits
-        bits[0] = random.next() & ~elements;
-        bits[1] = random.next() & ~elements;
-        break;
-    case 4:
-        bits[0] = random.next() & random.next() & random.next() & random.next();
-        bits[1] = random.next() & random.next() & random.next() & random.next();
-        break;
-    case 5:
-        bits[0] = random.next() | random.next() | random.next();
-        bits[1] = random.next() | random.next() | random.next();
-        break;
-    case 6: // the first element only, then the last only, then one only
-        bits[0] = 1;
-        bits[1] = 0;
-        break;
-    case 7:
-        bits[0] = 0;
-        bits[1] = std::uint64_t{1} << (64 - element_bytes);
-        break;
-    case 8:
-        bits[0] = bits[1] = 0;
-        bits[position / 64] = std::uint64_t{1} << (position % 64);
-        break;
-    case 9: // the elements below one, as WHILE leaves them
-        set_prefix(bits, position);
-        bits[0] &= elements;
-        bits[1] &= elements;
-        break;
-    case 10: // the elements from one on
-        set_prefix(bits, position);
-        bits[0] = ~bits[0] & elements;
-        bits[1] = ~bits[1] & elements;
-        break;
-    default:
-        bits[0] = random.next();
-        bits[1] = random.next();
-    }
+    const std::uint64_t elements = ~std::uint64_t{0} / low_bits(element_bytes);
+    const auto count = static_cast<std::uint64_t>(vector_bytes / element_bytes);
+    const auto position = static_cast<int>(random.below(count)) * element_bytes;
+    const std::uint64_t any[] = {random.next(), random.next()};
+    const auto bit = [](int at) { return at >= 0 && at < 64 ? std::uint64_t{1} << at : 0; };
+    std::uint64_t below[2]; // the elements below one, as WHILE leaves them
+    set_prefix(below, position);
+    const std::uint64_t shapes[][2] = {
+        {0, 0},
+        {~std::uint64_t{0}, ~std::uint64_t{0}},
+        {elements, elements},
+        {any[0] & ~elements, any[1] & ~elements}, // no element, but other bits
+        {any[0] & random.next() & random.next(), any[1] & random.next() & random.next()},
+        {any[0] | random.next() | random.next(), any[1] | random.next() | random.next()},
+        {1, 0}, // the first element only, then the last only, then one only
+        {0, bit(64 - element_bytes)},
+        {bit(position), bit(position - 64)},
+        {below[0] & elements, below[1] & elements},
+        {~below[0] & elements, ~below[1] & elements},
+        {any[0], any[1]},
+    };
+    std::memcpy(bits, shapes[random.below(std::size(shapes))], sizeof bits);
 }
 
 // Bit 0 of each byte is the predicate bit; the others are random, or 0 as handlers leave them.

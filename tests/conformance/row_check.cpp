@@ -46,21 +46,10 @@ std::uint32_t word_of_case(const opcode_row& row, std::uint64_t case_seed) {
 
 constexpr unsigned seconds_for_a_word = 60;
 
-constexpr const char* part_names[] = {"none", "x", "sp", "z", "p", "ffr", "nzcv", "fpsr", "fpcr", "memory"};
-
 } // namespace
 
-fault_part fault_part_of(const std::string& name) {
-    for (std::size_t i = 0; i < std::size(part_names); ++i) {
-        if (name == part_names[i])
-            return static_cast<fault_part>(i);
-    }
-    return fault_part::none;
-}
-
-row_checker::row_checker(const arena& memory, fault_part planted, bool processor_only)
-    : memory_(memory), planted_(planted), processor_only_(processor_only), memory_before_(memory.size()),
-      memory_after_(memory.size()) {}
+row_checker::row_checker(const arena& memory, const std::string& planted)
+    : memory_(memory), planted_(planted), memory_before_(memory.size()), memory_after_(memory.size()) {}
 
 void row_checker::fill_memory(std::uint64_t seed) {
     random_source random(seed);
@@ -70,46 +59,41 @@ void row_checker::fill_memory(std::uint64_t seed) {
     }
 }
 
-void row_checker::spoil(cpu_state& state, std::uint64_t case_seed) {
+bool row_checker::spoil(cpu_state& state, std::uint64_t case_seed) {
+    const struct {
+        const char* name;
+        void* start;
+        std::size_t bytes;
+        unsigned bits; // of each byte, those that can be spoilt
+    } parts[] = {
+        {"x", state.x, 31 * 8, 0xFF},
+        {"sp", &state.x[31], 8, 0xFF},
+        {"z", state.z, sizeof state.z, 0xFF},
+        {"p", state.p, sizeof state.p, 1},
+        {"ffr", state.ffr, sizeof state.ffr, 1},
+        {"nzcv", reinterpret_cast<std::uint8_t*>(&state.nzcv) + 3, 1, 0xF0},
+        {"fpsr", &state.fpsr, 1, 0x1F},
+        {"fpcr", reinterpret_cast<std::uint8_t*>(&state.fpcr) + 2, 1, 0xC0},
+        {"memory", memory_.bytes(), memory_.size(), 0xFF},
+    };
     random_source random(case_seed);
-    switch (planted_) {
-    case fault_part::none:
-        break;
-    case fault_part::x:
-        state.x[random.below(31)] ^= std::uint64_t{1} << random.below(64);
-        break;
-    case fault_part::sp:
-        state.x[31] ^= std::uint64_t{1} << random.below(64);
-        break;
-    case fault_part::z:
-        state.z[random.below(32)][random.below(vector_bytes)] ^=
-            static_cast<std::uint8_t>(1 << random.below(8));
-        break;
-    case fault_part::p:
-        state.p[random.below(16)][random.below(vector_bytes)] ^= 1;
-        break;
-    case fault_part::ffr:
-        state.ffr[random.below(vector_bytes)] ^= 1;
-        break;
-    case fault_part::nzcv:
-        state.nzcv ^= std::uint64_t{1} << (28 + random.below(4));
-        break;
-    case fault_part::fpsr:
-        state.fpsr ^= 1u << random.below(5);
-        break;
-    case fault_part::fpcr:
-        state.fpcr ^= 1u << (22 + random.below(2));
-        break;
-    case fault_part::memory:
-        memory_.bytes()[random.below(memory_.size())] ^= static_cast<std::uint8_t>(1 << random.below(8));
-        break;
+    for (const auto& part : parts) {
+        if (planted_ != part.name)
+            continue;
+        unsigned bit;
+        do
+            bit = 1u << random.below(8);
+        while (!(part.bits & bit));
+        static_cast<std::uint8_t*>(part.start)[random.below(part.bytes)] ^= static_cast<std::uint8_t>(bit);
+        return true;
     }
+    return planted_.empty();
 }
 
 std::string row_checker::compare_case(const opcode_row& row, std::uint32_t word, const void* slot,
                                       std::uint64_t case_seed, bool& rejected) {
     const memory_form form = memory_form_of(row.name);
-    const bool uses_memory = form.kind != memory_kind::none || planted_ == fault_part::memory;
+    const bool uses_memory = form.kind != memory_kind::none || planted_ == "memory";
     random_source random(case_seed * 0x2545F4914F6CDD1D + 1);
     cpu_state before = random_state(row, word, random);
     place_operands(form, word, memory_, before, random);
@@ -131,8 +115,6 @@ std::string row_checker::compare_case(const opcode_row& row, std::uint32_t word,
                       static_cast<unsigned long long>(native.fault_address));
         return buffer;
     }
-    if (processor_only_)
-        return {};
     if (uses_memory) {
         std::memcpy(memory_after_.data(), memory_.bytes(), memory_.size());
         std::memcpy(memory_.bytes(), memory_before_.data(), memory_.size());
@@ -160,7 +142,8 @@ std::string row_checker::compare_case(const opcode_row& row, std::uint32_t word,
     spoil(ours, case_seed);
     std::string difference = first_difference({row, word, before, processor, ours});
     if (difference.empty() && uses_memory)
-        difference = first_memory_difference(memory_after_.data(), memory_.bytes(), memory_.size());
+        difference = first_memory_difference(memory_after_.data(), memory_.bytes(), memory_before_.data(),
+                                             memory_.size());
     return difference;
 }
 

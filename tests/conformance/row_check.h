@@ -10,12 +10,6 @@
 
 namespace conformance {
 
-// A part of our result that is spoilt on purpose, to prove that the comparison notices.
-enum class fault_part { none, x, sp, z, p, ffr, nzcv, fpsr, fpcr, memory };
-
-// The part of that name; none if there is no such part.
-fault_part fault_part_of(const std::string& name);
-
 // A case is a word and a state, both made from one number: its upper 56 bits give the word, all of them the
 // state.
 inline constexpr int states_per_word = 2;
@@ -35,8 +29,12 @@ struct difference_report {
 
 class row_checker {
 public:
-    // With `processor_only`, no case calls our code, and only faults of the processor are differences.
-    row_checker(const arena& memory, fault_part planted, bool processor_only);
+    // If `planted` isn't empty, that part of each of our results is spoilt on purpose, to prove that the
+    // comparison notices.
+    row_checker(const arena& memory, const std::string& planted);
+
+    // Spoils the part; false if there is no part of that name.
+    bool spoil(cpu_state& state, std::uint64_t case_seed);
 
     // Compares at least `states` states; fewer only if the processor rejects nearly all words.
     // `current_seed` always holds the case at work. Reports the first difference.
@@ -52,12 +50,10 @@ private:
                     row_result& result, difference_report& first);
     std::string compare_case(const opcode_row& row, std::uint32_t word, const void* slot,
                              std::uint64_t case_seed, bool& rejected);
-    void spoil(cpu_state& state, std::uint64_t case_seed);
     void fill_memory(std::uint64_t seed);
 
     const arena& memory_;
-    fault_part planted_;
-    bool processor_only_;
+    std::string planted_;
     std::vector<std::uint8_t> memory_before_;
     std::vector<std::uint8_t> memory_after_;
 };
