@@ -8,7 +8,33 @@
 // value, the feature and the text.
 #define CASE(needs, start, ...)                                                                                \
     .text; 9991: __VA_ARGS__; ret; .section .rodata.text, "a"; 9992: .asciz #__VA_ARGS__;                      \
-    .section .rodata.cases, "a"; .quad 9991b, start, feature_##needs, 9992b
+    .section .rodata.cases, "a"; .quad 9991b, start, feature_##needs, 9992b;
+
+// A case for each place of X: of one or more sources, in a load or store, with writeback, with an index, and so on.
+#define UNARY(needs, op, ...) CASE(needs, number, op X, x3, ##__VA_ARGS__) CASE(needs, number, op x4, X, ##__VA_ARGS__) \
+    CASE(needs, number, op X, X, ##__VA_ARGS__)
+#define UNARY_W(needs, op, ...)                                                                                \
+    CASE(needs, number, op W, w3, ##__VA_ARGS__) CASE(needs, number, op w4, W, ##__VA_ARGS__)                  \
+    CASE(needs, number, op W, W, ##__VA_ARGS__)
+#define BINARY(needs, op, ...)                                                                                 \
+    UNARY(needs, op, x5, ##__VA_ARGS__) CASE(needs, number, op x5, x4, X, ##__VA_ARGS__)                       \
+    CASE(needs, number, op X, x4, X, ##__VA_ARGS__) CASE(needs, number, op X, X, X, ##__VA_ARGS__)
+#define TERNARY(needs, op) BINARY(needs, op, x6) CASE(needs, number, op x6, x4, x5, X) CASE(needs, number, op X, X, x5, X)
+#define ACCESS(needs, op, x, other, offset)                                                                    \
+    CASE(needs, number, op x, [x1, offset]) CASE(needs, pointer, op other, [X, offset])                        \
+    CASE(needs, pointer, op x, [X, offset])
+#define WRITEBACK(op, x, other)                                                                                \
+    CASE(base, number, op x, [x1, #8]!) CASE(base, number, op x, [x1], #-24)                                   \
+    CASE(base, pointer, op other, [X, #8]!) CASE(base, pointer, op other, [X], #-16)
+#define INDEXED(op, x, other)                                                                                  \
+    CASE(base, number, op x, [x1, x2]) CASE(base, pointer, op other, [X, x2]) CASE(base, 24, op other, [x1, X]) \
+    CASE(base, 24, op x, [x1, X])
+#define PAIR(op)                                                                                               \
+    CASE(base, number, op X, x4, [x1]) CASE(base, number, op x4, X, [x1, #16])                                 \
+    CASE(base, pointer, op x4, x5, [X, #-16]) CASE(base, pointer, op X, x5, [X, #8]) CASE(base, pointer, op x5, X, [X])
+#define ATOMIC(op, x, other, third)                                                                            \
+    CASE(lse, number, op x, other, [x1]) CASE(lse, number, op other, x, [x1]) CASE(lse, number, op x, x, [x1]) \
+    CASE(lse, pointer, op other, third, [X]) CASE(lse, pointer, op x, x, [X])
 
     .arch armv8.5-a+memtag
     .text
