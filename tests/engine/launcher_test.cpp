@@ -139,29 +139,4 @@ TEST(Options, AnnouncedSVE) {
     EXPECT_EQ(run_followed({"--hwcap-sve"}, program_path("execute"), {"runs", program, "zero"}).output, with);
 }
 
-TEST(Options, OneLineForBadValues) {
-    const struct {
-        std::vector<std::string> words;
-        std::string reason;
-    } cases[] = {
-        {{"-E"}, "an option lacks its value: -E"},
-        {{"-E", "NAME", "x"}, "--env: NAME=VALUE expected, not NAME"},
-        {{"--env==1", "x"}, "--env: NAME=VALUE expected, not =1"},
-        {{"--unset-env", "A=B", "x"}, "--unset-env: NAME expected, not A=B"},
-        {{"--log-level", "much", "x"}, "--log-level: a number expected, not much"},
-        {{"--report", "/", "x"}, "--report /: Is a directory"},
-        {{"--log-level=-1", "x"}, "--log-level: a number expected, not -1"},
-        {{"--launcher", " ", "x"}, "--launcher: a command expected, not an empty text"},
-        {{"--launcher", "no-such-command -x", "x"}, "--launcher: command not found: no-such-command"},
-        {{"--hwcap-sve=1", "x"}, "an option that has no value is given one: --hwcap-sve=1"},
-    };
-    for (const auto& c : cases) {
-        std::vector<std::string> words{OSTREL_PATH};
-        words.insert(words.end(), c.words.begin(), c.words.end());
-        const outcome result = run_on_target(words);
-        EXPECT_EQ(result.status, 125) << c.reason;
-        EXPECT_EQ(result.errors, "ostrel: " + c.reason + "\n");
-    }
-}
-
 } // namespace
