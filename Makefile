@@ -24,7 +24,7 @@ help:
 	@echo 'make demo             build, and run the example programs without SVE'
 	@echo 'make test             build all, check the format and run all tests'
 	@echo 'make test-kernel      run programs of the tests in a virtual machine with its own kernel, and compare'
-	@echo 'make soak             threads, signals, processes and changing code for twice MINUTES=5, and whether memory grows'
+	@echo 'make soak             threads, signals, processes and changing code for MINUTES=5, and whether memory grows'
 	@echo 'make conformance      compare every opcode with a processor (SEED= ITERATIONS= FILTER= DEPTH=)'
 	@echo 'make test-programs    run programs of Debian packages directly and under ostrel, and compare (PROGRAM=)'
 	@echo 'make bench            what emulated instructions and floating-point kernels cost'
@@ -49,12 +49,11 @@ test-kernel: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel engine_tests
 	tests/kernel/run.sh build/aarch64
 
-# Threads, signals, processes and mappings mixed; and each mechanism by itself, with a look at the memory.
+# Threads, signals, processes and mappings mixed, with a look at the memory.
 MINUTES ?= 5
 soak: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel soak
 	$(EMULATOR) build/aarch64/bin/ostrel build/aarch64/bin/soak $$(($(MINUTES) * 60))
-	SOAK_SECONDS=$$(($(MINUTES) * 60)) cmake --build --preset $(AARCH64) --target run_soak
 
 bench: configure-$(AARCH64)
 	cmake/install-dependencies.sh bench
