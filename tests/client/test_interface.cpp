@@ -44,39 +44,6 @@ TEST_F(events, come_in_order) {
     drmgr_init();
 }
 
-template <int Flags> dr_emit_flags_t give_flags(void*, void*, instrlist_t*, bool, bool) {
-    return static_cast<dr_emit_flags_t>(Flags);
-}
-
-TEST_F(events, of_blocks_join_their_flags) {
-    EXPECT_TRUE(drmgr_register_bb_app2app_event(give_flags<1>, nullptr));
-    EXPECT_TRUE(drmgr_register_bb_app2app_event(give_flags<4>, nullptr));
-    EXPECT_TRUE(drmgr_register_bb_app2app_event(give_flags<8>, nullptr));
-    EXPECT_EQ(raise_block_event(nullptr, nullptr, nullptr, false, false), 13);
-    EXPECT_TRUE(drmgr_unregister_bb_app2app_event(give_flags<4>));
-    EXPECT_FALSE(drmgr_unregister_bb_app2app_event(give_flags<4>));
-    EXPECT_EQ(raise_block_event(nullptr, nullptr, nullptr, false, false), 9);
-}
-
-TEST_F(events, thread_fields_are_numbered_until_none_is_left) {
-    thread_context one = {}, two = {};
-    int fields[client_tls_fields];
-    for (int& field : fields)
-        field = drmgr_register_tls_field();
-    EXPECT_EQ(drmgr_register_tls_field(), -1);
-    EXPECT_TRUE(drmgr_set_tls_field(&one, fields[0], &one));
-    EXPECT_TRUE(drmgr_set_tls_field(&one, fields[63], &two));
-    EXPECT_EQ(drmgr_get_tls_field(&one, fields[0]), &one);
-    EXPECT_EQ(drmgr_get_tls_field(&one, fields[63]), &two);
-    EXPECT_EQ(drmgr_get_tls_field(&two, fields[0]), nullptr);
-    for (const int wrong : {-1, client_tls_fields})
-        EXPECT_FALSE(drmgr_set_tls_field(&one, wrong, &one));
-
-    EXPECT_TRUE(drmgr_unregister_tls_field(fields[5]));
-    EXPECT_FALSE(drmgr_set_tls_field(&one, fields[5], &one));
-    EXPECT_EQ(drmgr_register_tls_field(), fields[5]);
-}
-
 TEST(output, is_one_write_of_limited_length) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

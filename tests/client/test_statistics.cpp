@@ -53,21 +53,6 @@ TEST_F(statistics, keep_the_first_word_of_an_address) {
     EXPECT_EQ(icounts.at(&code[1]).first, 0x33u);
 }
 
-// More addresses than are remembered, several times over, and cleared in between.
-TEST_F(statistics, keep_a_row_for_each_of_many_addresses) {
-    std::vector<unsigned int> addresses(20000);
-    for (int round = 1; round <= 2; ++round) {
-        for (int execution = 0; execution < 3; ++execution)
-            for (unsigned int& address : addresses)
-                update_sve_stats(&address, 1);
-        ASSERT_EQ(icounts.size(), addresses.size());
-        for (unsigned int& address : addresses)
-            ASSERT_EQ(icounts.at(&address).second, 3u);
-        icounts.clear();
-    }
-    EXPECT_EQ(sve_instr_count, 120000u);
-}
-
 // The child has no thread that could give the mutex back.
 TEST_F(statistics, count_in_the_child_of_a_fork_while_another_thread_counts) {
     std::barrier held(2);

@@ -101,27 +101,10 @@ std::vector<opcode_row> selected_rows(const std::string& filter) {
 }
 
 // What the processes of a run share. Each takes the next row until there is none.
-struct row_progress {
-    row_result result;
-    bool done;
-    bool died;
-};
 struct shared_progress {
     std::atomic<std::size_t> next_row;
-    std::size_t current_row[most_jobs];
-    volatile std::uint64_t current_seed[most_jobs];
-    row_progress rows[most_rows];
+    row_result results[most_rows];
 };
-
-shared_progress* make_progress() {
-    void* const memory =
-        mmap(nullptr, sizeof(shared_progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
-        std::perror("conformance: mmap");
-        std::exit(exit_usage);
-    }
-    return static_cast<shared_progress*>(memory);
-}
 
 // One line, written at once, since several processes write.
 void say(const std::string& line) {
@@ -130,129 +113,64 @@ void say(const std::string& line) {
         std::exit(exit_usage);
 }
 
-std::string hexadecimal(std::uint64_t value) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%#llx", static_cast<unsigned long long>(value));
-    return buffer;
-}
-
 void report_difference(const opcode_row& row, const row_result& result, const difference_report& first) {
-    char word[16];
-    std::snprintf(word, sizeof word, "0x%08x", first.word);
-    say(std::string("DIFFERS ") + row.name + " word " + word + " seed " + hexadecimal(first.seed) + ": " +
-        first.text + " [" + std::to_string(result.differences) + " of " + std::to_string(result.states) +
-        " states; alone: --filter " + row.name + " --only-seed " + hexadecimal(first.seed) + "]");
+    char place[160];
+    std::snprintf(place, sizeof place, "DIFFERS %s word 0x%08x seed %#llx: ", row.name, first.word,
+                  static_cast<unsigned long long>(first.seed));
+    char alone[160];
+    std::snprintf(alone, sizeof alone, " [%u of %u states; alone: --filter %s --only-seed %#llx]",
+                  result.differences, result.states, row.name, static_cast<unsigned long long>(first.seed));
+    say(place + first.text + alone);
 }
 
-void work(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress,
-          int process) {
+void work(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress) {
     const arena memory;
     row_checker checker(memory, chosen.planted);
-    for (;;) {
-        const std::size_t index = progress->next_row.fetch_add(1);
-        if (index >= rows.size())
-            return;
-        const opcode_row& row = rows[index];
-        progress->current_row[process] = index;
+    for (std::size_t index; (index = progress->next_row.fetch_add(1)) < rows.size();) {
         difference_report first = {};
-        row_result& result = progress->rows[index].result;
-        if (chosen.only_seed != 0) {
-            progress->current_seed[process] = chosen.only_seed;
-            result = checker.check_one(row, chosen.only_seed, first);
-        } else {
-            result = checker.check(row, chosen.seed, static_cast<std::uint32_t>(chosen.iterations),
-                                   progress->current_seed[process], first);
-        }
-        progress->rows[index].done = true;
+        row_result& result = progress->results[index];
+        result = chosen.only_seed != 0 ? checker.check_one(rows[index], chosen.only_seed, first)
+                                       : checker.check(rows[index], chosen.seed,
+                                                       static_cast<std::uint32_t>(chosen.iterations), first);
         if (result.differences != 0)
-            report_difference(row, result, first);
+            report_difference(rows[index], result, first);
     }
-}
-
-pid_t start_process(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress,
-                    int process) {
-    progress->current_row[process] = rows.size();
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child < 0) {
-        std::perror("conformance: fork");
-        std::exit(exit_usage);
-    }
-    if (child == 0) {
-        work(chosen, rows, progress, process);
-        std::fflush(stdout);
-        _exit(0);
-    }
-    return child;
-}
-
-// A process that dies is told of, with the case at work, and another one goes on in its place.
-void run_processes(const settings& chosen, const std::vector<opcode_row>& rows, shared_progress* progress) {
-    const auto jobs = static_cast<int>(std::min(chosen.jobs, most_jobs));
-    std::vector<pid_t> processes;
-    for (int i = 0; i < jobs; ++i)
-        processes.push_back(start_process(chosen, rows, progress, i));
-    int status = 0;
-    for (pid_t ended = wait(&status); ended > 0; ended = wait(&status)) {
-        const auto found = std::find(processes.begin(), processes.end(), ended);
-        if (found == processes.end() || (WIFEXITED(status) && WEXITSTATUS(status) == 0))
-            continue;
-        const auto process = static_cast<int>(found - processes.begin());
-        const std::size_t index = progress->current_row[process];
-        const std::string end = WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
-                                                    : "status " + std::to_string(WEXITSTATUS(status));
-        if (index >= rows.size()) {
-            say("conformance: a process ended before its first row, with " + end);
-            std::exit(exit_different);
-        }
-        progress->rows[index].died = true;
-        say(std::string("DIES ") + rows[index].name + " seed " +
-            hexadecimal(progress->current_seed[process]) + ": our code ends the process with " + end +
-            " [alone: --filter " + rows[index].name + " --only-seed " +
-            hexadecimal(progress->current_seed[process]) + "]");
-        *found = start_process(chosen, rows, progress, process);
-    }
-}
-
-struct totals {
-    std::uint64_t checked, states, differing, unexecuted, died, rejected_words;
-};
-
-totals add_up(const settings& chosen, const std::vector<opcode_row>& rows, const shared_progress* progress) {
-    totals sum = {};
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const row_progress& row = progress->rows[i];
-        if (!row.done) {
-            ++sum.died;
-            continue;
-        }
-        sum.rejected_words += row.result.rejected_words;
-        sum.states += row.result.states;
-        sum.differing += row.result.differences != 0;
-        // A row must have been compared at as many states as were asked for.
-        const std::uint64_t wanted = chosen.only_seed != 0 ? 1 : chosen.iterations;
-        if (row.result.states < wanted) {
-            ++sum.unexecuted;
-            say(std::string("NOT COMPARABLE ") + rows[i].name + ": " + std::to_string(row.result.states) +
-                " states, the processor rejects " + std::to_string(row.result.rejected_words) + " of " +
-                std::to_string(row.result.rejected_words + row.result.words) + " words");
-        } else {
-            ++sum.checked;
-        }
-    }
-    return sum;
 }
 
 int run(const settings& chosen, const std::vector<opcode_row>& rows) {
-    shared_progress* const progress = make_progress();
-    run_processes(chosen, rows, progress);
-    const totals sum = add_up(chosen, rows, progress);
-    const auto shown = [](std::uint64_t number) { return static_cast<unsigned long long>(number); };
-    std::printf("%llu rows checked with %llu states, %llu of them differ; %llu not comparable; %llu died. "
-                "%llu reserved words were rejected by the processor.\n",
-                shown(sum.checked), shown(sum.states), shown(sum.differing), shown(sum.unexecuted),
-                shown(sum.died), shown(sum.rejected_words));
-    return sum.differing + sum.unexecuted + sum.died == 0 ? 0 : exit_different;
+    void* const memory =
+        mmap(nullptr, sizeof(shared_progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto* const progress = static_cast<shared_progress*>(memory);
+    for (std::uint64_t i = 0; i < chosen.jobs; ++i)
+        if (fork() == 0) {
+            work(chosen, rows, progress);
+            _exit(0);
+        }
+    bool good = true;
+    for (int status; wait(&status) > 0;)
+        if (status != 0) {
+            good = false;
+            say("DIES a process of the comparison itself, with status " + std::to_string(status));
+        }
+
+    std::uint64_t checked = 0, states = 0, differing = 0, rejected = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const row_result& row = progress->results[i];
+        states += row.states;
+        differing += row.differences != 0;
+        rejected += row.rejected_words;
+        // A row must have been compared at as many states as were asked for.
+        if (row.states >= (chosen.only_seed != 0 ? 1 : chosen.iterations))
+            ++checked;
+        else
+            say(std::string("NOT COMPARABLE ") + rows[i].name + ": " + std::to_string(row.states) +
+                " states, the processor rejects " + std::to_string(row.rejected_words) + " of " +
+                std::to_string(row.rejected_words + row.words) + " words");
+    }
+    say(std::to_string(checked) + " of " + std::to_string(rows.size()) + " rows checked with " +
+        std::to_string(states) + " states, " + std::to_string(differing) + " of them differ. " +
+        std::to_string(rejected) + " reserved words were rejected by the processor.");
+    return good && differing == 0 && checked == rows.size() ? 0 : exit_different;
 }
 
 } // namespace
@@ -266,7 +184,7 @@ int main(int count, char** arguments) {
     if (!row_checker(arena(), chosen.planted).spoil(state, 0))
         fail_usage("no such part", chosen.planted.c_str());
     const rlimit no_core = {0, 0};
-    setrlimit(RLIMIT_CORE, &no_core); // a process that dies is reported
+    setrlimit(RLIMIT_CORE, &no_core);
     const std::string reason = prepare_processor();
     if (!reason.empty()) {
         std::fprintf(stderr, "conformance: %s\n", reason.c_str());

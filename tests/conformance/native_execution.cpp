@@ -78,7 +78,7 @@ void on_signal(int signal, siginfo_t* info, void* context) {
         expect_fault = false;
         caught_signal = signal;
         unexpected_fault_address = reinterpret_cast<std::uint64_t>(info->si_addr);
-        siglongjmp(fault_return, 1);
+        siglongjmp(fault_return, signal);
     }
     std::signal(signal, SIG_DFL);
 }
@@ -92,7 +92,7 @@ void install_handlers() {
     struct sigaction action = {};
     action.sa_sigaction = on_signal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
-    for (const int signal : {SIGILL, SIGSEGV, SIGBUS})
+    for (const int signal : {SIGILL, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGALRM})
         sigaction(signal, &action, nullptr);
 }
 

@@ -55,8 +55,9 @@ execution execute_placed(const void* slot, processor_registers& registers);
 // The address of the word itself in its slot.
 std::uint32_t* placed_word(const void* slot);
 
-// Catches a fault in code of ours: use as if (sigsetjmp(fault_return, 0) == 0) { expect_fault = true; ...;
-// expect_fault = false; }. The jump clears expect_fault; unexpected_fault_address tells the address.
+// Catches a fault in code of ours, or its end by an assertion or the alarm: use as if
+// (sigsetjmp(fault_return, 0) == 0) { expect_fault = true; ...; expect_fault = false; }. The jump clears
+// expect_fault; unexpected_fault_address tells the address.
 extern sigjmp_buf fault_return;
 extern volatile bool expect_fault;
 extern volatile std::uint64_t unexpected_fault_address;

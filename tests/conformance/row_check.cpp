@@ -125,10 +125,10 @@ std::string row_checker::compare_case(const opcode_row& row, std::uint32_t word,
     ours = before;
     aarch64_decode_rc result = aarch64_not_emulated;
     std::uint64_t fpcr_after = 0;
-    if (sigsetjmp(fault_return, 0) != 0) {
+    if (const int signal = sigsetjmp(fault_return, 0)) {
         char buffer[100];
-        std::snprintf(buffer, sizeof buffer, "our code faults at %#llx, the processor does not",
-                      static_cast<unsigned long long>(unexpected_fault_address));
+        std::snprintf(buffer, sizeof buffer, "our code ends with signal %d at %#llx, the processor does not",
+                      signal, static_cast<unsigned long long>(unexpected_fault_address));
         return buffer;
     }
     expect_fault = true;
@@ -162,7 +162,7 @@ bool row_checker::check_case(const opcode_row& row, std::uint32_t word, const vo
 }
 
 row_result row_checker::check(const opcode_row& row, std::uint64_t seed, std::uint32_t states,
-                              volatile std::uint64_t& current_seed, difference_report& first) {
+                              difference_report& first) {
     row_result result = {};
     random_source words(seed ^ hash(row.name));
     const std::uint32_t tries = 40 * (states / states_per_word + 1);
@@ -170,12 +170,10 @@ row_result row_checker::check(const opcode_row& row, std::uint64_t seed, std::ui
         const std::uint64_t word_seed = words.next() & ~std::uint64_t{0xFF};
         const std::uint32_t word = word_of_case(row, word_seed);
         const void* const slot = place_word(reference_word(memory_form_of(row.name), word));
-        alarm(seconds_for_a_word); // a stub that does not end ends the process
+        alarm(seconds_for_a_word); // for a stub that does not end
         bool executed = true;
-        for (int k = 0; k < states_per_word && executed; ++k) {
-            current_seed = word_seed | static_cast<std::uint64_t>(k);
-            executed = check_case(row, word, slot, word_seed | static_cast<std::uint64_t>(k), result, first);
-        }
+        for (std::uint64_t k = 0; k < states_per_word && executed; ++k)
+            executed = check_case(row, word, slot, word_seed | k, result, first);
         ++(executed ? result.words : result.rejected_words);
     }
     return result;

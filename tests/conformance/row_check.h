@@ -12,7 +12,7 @@ namespace conformance {
 
 // A case is a word and a state, both made from one number: its upper 56 bits give the word, all of them the
 // state.
-inline constexpr int states_per_word = 2;
+inline constexpr std::uint32_t states_per_word = 2;
 
 struct row_result {
     std::uint32_t states;         // compared
@@ -37,9 +37,9 @@ public:
     bool spoil(cpu_state& state, std::uint64_t case_seed);
 
     // Compares at least `states` states; fewer only if the processor rejects nearly all words.
-    // `current_seed` always holds the case at work. Reports the first difference.
+    // Reports the first difference.
     row_result check(const opcode_row& row, std::uint64_t seed, std::uint32_t states,
-                     volatile std::uint64_t& current_seed, difference_report& first);
+                     difference_report& first);
 
     // The case of one seed alone.
     row_result check_one(const opcode_row& row, std::uint64_t case_seed, difference_report& first);

@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(DynamicThreads, SameAsDirectly, testing::Values("thread
 
 INSTANTIATE_TEST_SUITE_P(Signals, SameAsDirectly,
                          testing::ValuesIn(each("signals",
-                                                "information registers interrupted masks stacks waits jumps "
+                                                "information registers interrupted masks stacks waits "
                                                 "processes threads bad-stack bad-frame")),
                          name_of);
 

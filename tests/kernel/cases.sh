@@ -29,7 +29,7 @@ right() {
     fi
 }
 
-for way in information registers interrupted masks stacks waits jumps processes threads bad-stack bad-frame; do
+for way in information registers interrupted masks stacks waits processes threads bad-stack bad-frame; do
     both /t/signals $way
 done
 for way in work fork return cancel exit-elsewhere first-thread-ends fault-elsewhere; do

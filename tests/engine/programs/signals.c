@@ -283,22 +283,6 @@ static void waits(char** unused) {
     wait(NULL);
 }
 
-static void on_jump(int number) {
-    ++count;
-    siglongjmp(back, number);
-}
-static void jumps(char** unused) {
-    install(SIGALRM, on_jump, 0, 0);
-    while (count < 100)
-        if (!sigsetjmp(back, 1)) {
-            every_millisecond(1); // only now there is somewhere to jump to
-            for (;;) {
-            }
-        }
-    every_millisecond(0);
-    printf("jumped %d\n", count >= 100);
-}
-
 // Between processes and threads.
 static void processes(char** unused) {
     install(SIGUSR1, on_count, 0, 0);
@@ -407,7 +391,6 @@ int main(int argc, char** arguments) {
                                       {"masks", masks},
                                       {"stacks", stacks},
                                       {"waits", waits},
-                                      {"jumps", jumps},
                                       {"processes", processes},
                                       {"threads", threads},
                                       {"bad-stack", bad_stack},

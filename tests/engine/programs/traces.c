@@ -1,8 +1,6 @@
-// Calls and returns that are executed often: in loops, recursion, through pointers, left by a jump, to code
-// that is rewritten, and interrupted by signals.
+// Calls and returns that are executed often: some return elsewhere, and all are interrupted by signals.
 #define _GNU_SOURCE
 #include <inttypes.h>
-#include <setjmp.h>
 #include <signal.h>
 #include <sys/time.h>
 #include <ucontext.h>
@@ -11,8 +9,6 @@
 
 uint64_t count_up(uint64_t n), leaf(uint64_t x, uint64_t y), return_elsewhere(uint64_t n);
 extern const char count_up_between[], behind_leaf[], behind_inner_leaf[], count_up_end[];
-
-enum { often = 3000 };
 
 static volatile unsigned inside, wrong;
 
@@ -45,60 +41,8 @@ static void be_interrupted(void) {
     printf("interrupted: enough %d, wrong %u, sums wrong %u\n", inside >= 300, wrong, sums_wrong);
 }
 
-static jmp_buf place;
-
-__attribute__((noinline)) static unsigned deep(unsigned depth, unsigned n) {
-    if (depth == 0) {
-        if (n % 7 == 0)
-            longjmp(place, 1);
-        return n;
-    }
-    return deep(depth - 1, n) * 3 + depth;
-}
-
-// The handler of a jump comes back without the returns.
-static void jump_out(void) {
-    volatile unsigned sum = 0, jumps = 0;
-    for (volatile unsigned n = 0; n < often; ++n) {
-        if (setjmp(place) == 0)
-            sum += deep(n % 20, n);
-        else
-            ++jumps;
-    }
-    printf("jumps: %u, sum %u\n", jumps, sum);
-}
-
-__attribute__((noinline)) static unsigned add(unsigned a, unsigned b) { return a + b; }
-__attribute__((noinline)) static unsigned exclusive_or(unsigned a, unsigned b) { return a ^ b; }
-
-static void call_by_pointer(void) {
-    static unsigned (*const volatile functions[])(unsigned, unsigned) = {add, exclusive_or};
-    unsigned value = 1;
-    for (unsigned n = 0; n < often; ++n)
-        value = add(value, functions[n % 64 > 40](value, n));
-    printf("pointers: %u\n", value);
-}
-
-// Code that has been called often gets another value and another length.
-static void rewrite(void) {
-    uint32_t* const code = map_code(NULL, 0);
-    unsigned sum = 0;
-    for (unsigned round = 0; round < 4; ++round) {
-        for (unsigned n = 0; n < round; ++n)
-            code[n] = 0xD503201F; // NOP
-        write_function(code + round, round);
-        publish(code, 64);
-        for (unsigned n = 0; n < often; ++n)
-            sum += ((unsigned (*)(void))code)() * (round + 1);
-    }
-    printf("rewritten: %u\n", sum);
-}
-
 int main(void) {
-    printf("elsewhere: %" PRIu64 "\n", return_elsewhere(often));
-    jump_out();
-    call_by_pointer();
-    rewrite();
+    printf("elsewhere: %" PRIu64 "\n", return_elsewhere(3000));
     be_interrupted();
     return 0;
 }
