@@ -45,17 +45,8 @@ std::vector<std::string> each(const std::string& program, const std::string& way
     return result;
 }
 
-// Programs that check themselves say so.
-class ChecksItself : public testing::TestWithParam<std::string> {};
-
-TEST_P(ChecksItself, Passes) {
-    for (const outcome& result : {run(false, GetParam()), translated(GetParam())}) {
-        EXPECT_EQ(result.status, 0) << result.output << result.errors;
-        EXPECT_NE(result.output.find("0 failed"), std::string::npos) << result.output;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Machine, ChecksItself, testing::Values("register_cases", "machine"), name_of);
+// These check themselves as well.
+INSTANTIATE_TEST_SUITE_P(Machine, SameAsDirectly, testing::Values("register_cases", "machine"), name_of);
 
 INSTANTIATE_TEST_SUITE_P(Programs, SameAsDirectly,
                          testing::Values("dynamic PLUGIN", "dynamic-fixed PLUGIN", "exceptions",

@@ -15,13 +15,6 @@
 
 extern char** environ;
 
-static void make_file(const char* name, const char* content, int mode) {
-    const int file = open(name, O_CREAT | O_TRUNC | O_WRONLY, 0700);
-    if (write(file, content, strlen(content)) < 0 || fchmod(file, (mode_t)mode) != 0)
-        perror(name);
-    close(file);
-}
-
 static void try(const char* what, const void* path, const void* arguments, const void* environment) {
     const long result = syscall(SYS_execve, path, arguments, environment);
     printf("%s: %ld %s\n", what, result, strerror(errno));
@@ -32,30 +25,20 @@ static void errors(void) {
     char directory[] = "/tmp/ostrel_execute_XXXXXX";
     if (!mkdtemp(directory) || chdir(directory) != 0)
         return perror(directory);
-    const struct {
-        const char* name;
-        const char* content;
-        int mode;
-    } files[] = {
-        {"text", "echo text\n", 0755},
-        {"not-executable", "#!/bin/sh\n", 0644},
-        {"lost-script", "#!/nowhere/interpreter\n", 0755},
-        {"nameless-script", "#! \t\n", 0755},
-        {"endless-script", "#!./endless-script\n", 0755},
-        {"damaged", "\177ELF\2\1\1", 0755},
-    };
-    const size_t count = sizeof files / sizeof *files;
-    for (size_t n = 0; n < count; ++n)
-        make_file(files[n].name, files[n].content, files[n].mode);
-    if (symlink("ring", "ring") != 0 || mkfifo("pipe", 0755) != 0)
-        perror("ring or pipe");
-
+    if (system("echo echo text >text; echo '#!/bin/sh' >not-executable; echo '#!/nowhere/sh' >lost-script;"
+               "echo '#! ' >nameless-script; echo '#!./endless-script' >endless-script; printf '\\177ELF\\2' "
+               ">damaged;"
+               "chmod 755 *; chmod 644 not-executable; ln -s ring ring; mkfifo -m 755 pipe") != 0)
+        perror(directory);
+    static const char* const names[] = {"text",           "not-executable",
+                                        "lost-script",    "nameless-script",
+                                        "endless-script", "damaged",
+                                        "missing",        "ring",
+                                        "pipe",           ".",
+                                        "text/missing",   ""};
     char* some[] = {"name", NULL};
-    for (size_t n = 0; n < count; ++n)
-        try(files[n].name, files[n].name, some, environ);
-    const char* const others[] = {"missing", "ring", "pipe", ".", "text/missing", ""};
-    for (size_t n = 0; n < sizeof others / sizeof *others; ++n)
-        try(others[n], others[n], some, environ);
+    for (size_t n = 0; n < sizeof names / sizeof *names; ++n)
+        try(names[n], names[n], some, environ);
     static char long_name[5000];
     memset(long_name, 'n', sizeof long_name - 1);
     try("long name", long_name, some, environ);
@@ -88,11 +71,8 @@ static void errors(void) {
     most[800000] = NULL;
     try("arguments too many", own, most, environ);
 
-    for (size_t n = 0; n < count; ++n)
-        unlink(files[n].name);
-    unlink("ring");
-    unlink("pipe");
-    rmdir(directory);
+    if (system("rm *") != 0 || rmdir(directory) != 0)
+        perror(directory);
 }
 
 static void start_afresh(void) {

@@ -239,30 +239,13 @@ static void waits(char** unused) {
             FD_ZERO(&ready);
             FD_SET(ends[0], &ready);
             errno = 0;
-            int result = 0;
-            switch (way) {
-            case 0:
-                result = restart ? poll(&poll_end, 1, 10000) : (int)read(ends[0], &byte, 1);
-                break;
-            case 1:
-                result = nanosleep(&seconds, NULL);
-                break;
-            case 2:
-                result = pause();
-                break;
-            case 3:
-                result = select(ends[0] + 1, &ready, NULL, NULL, NULL);
-                break;
-            case 4:
-                result = sigsuspend(&none);
-                break;
-            case 5:
-                result = ppoll(&poll_end, 1, &seconds, &none);
-                break;
-            case 6:
-                result = sigtimedwait(&set, NULL, &seconds) == SIGUSR1 ? 9 : -1;
-                break;
-            }
+            const int result = way == 0   ? restart ? poll(&poll_end, 1, 10000) : (int)read(ends[0], &byte, 1)
+                                 : way == 1 ? nanosleep(&seconds, NULL)
+                               : way == 2 ? pause()
+                               : way == 3 ? select(ends[0] + 1, &ready, NULL, NULL, NULL)
+                               : way == 4 ? sigsuspend(&none)
+                               : way == 5 ? ppoll(&poll_end, 1, &seconds, &none)
+                                          : sigtimedwait(&set, NULL, &seconds) == SIGUSR1;
             const int error = errno;
             pthread_join(sender, NULL);
             sigprocmask(SIG_UNBLOCK, &set, NULL);
