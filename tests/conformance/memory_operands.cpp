@@ -66,23 +66,19 @@ bool inside(const arena& memory, std::uint64_t address, std::uint64_t size) {
 // Anything from deep inside to beyond either end, or nowhere near.
 std::uint64_t random_start(const arena& memory, std::uint64_t step, std::uint64_t span,
                            random_source& random) {
-    const std::uint64_t steps = span / step;
-    const std::uint64_t middle = memory.begin() + memory.size() / 2;
-    switch (random.below(8)) {
-    case 0: // across the end, in whole steps and a part
-    case 1:
-        return memory.end() - random.below(steps + 1) * step - random.below(step);
-    case 2: // up to the end exactly
-        return memory.end() - span;
-    case 3: // from before the beginning
-        return memory.begin() - random.below(steps + 1) * step + random.below(step);
-    case 4: // across a page boundary inside
-        return middle - random.below(span + 1);
-    case 5:
-        return random.one_in(4) ? random.next() : memory.begin();
-    default:
-        return memory.begin() + random.below(memory.size() - span + 1);
-    }
+    const std::uint64_t part = random.below(span / step + 1) * step, bytes = random.below(step);
+    const std::uint64_t within = memory.begin() + random.below(memory.size() - span + 1);
+    const std::uint64_t starts[] = {
+        memory.end() - part - bytes, // across the end, in whole steps and a part
+        memory.end() - part - bytes,
+        memory.end() - span,
+        memory.begin() - part + bytes,
+        memory.begin() + memory.size() / 2 - random.below(span + 1), // across a page boundary inside
+        random.one_in(4) ? random.next() : memory.begin(),
+        within,
+        within,
+    };
+    return starts[random.below(std::size(starts))];
 }
 
 struct contiguous_shape {
@@ -95,17 +91,12 @@ struct contiguous_shape {
 contiguous_shape shape_of(const memory_form& form, std::uint32_t word) {
     const auto step = static_cast<std::uint64_t>(form.memory_bytes * form.registers);
     const std::uint64_t span = step * static_cast<std::uint64_t>(form.elements);
-    switch (form.kind) {
-    case memory_kind::replicate:
-        if (form.elements == 1)
-            return {step, 1, step, static_cast<std::int64_t>(field(word, 21, 16))};
-        return {step, form.elements, span, signed_field(word, 19, 16)};
-    case memory_kind::whole:
-        return {step, form.elements, span,
-                signed_field(word, 21, 16) * 8 + static_cast<std::int64_t>(field(word, 12, 10))};
-    default:
-        return {step, form.elements, span, signed_field(word, 19, 16)};
-    }
+    if (form.kind == memory_kind::replicate && form.elements == 1)
+        return {step, 1, step, static_cast<std::int64_t>(field(word, 21, 16))};
+    return {step, form.elements, span,
+            form.kind == memory_kind::whole
+                ? signed_field(word, 21, 16) * 8 + static_cast<std::int64_t>(field(word, 12, 10))
+                : signed_field(word, 19, 16)};
 }
 
 // Base register and offset for an address; with the stack pointer as base, the address is moved so that it is
@@ -141,15 +132,13 @@ void place_contiguous(const memory_form& form, std::uint32_t word, const arena& 
     const contiguous_shape shape = shape_of(form, word);
     const std::uint64_t span = shape.step * static_cast<std::uint64_t>(shape.elements);
     std::uint64_t start;
-    if (form.faults !=
-        fault_rule::none) // far enough from the end for every page that is probed to be readable
+    if (form.faults != fault_rule::none) // every page that is probed is readable
         start = memory.begin() + stack_alignment + random.below(memory.size() - 4 * vector_bytes);
-    else if (form.kind == memory_kind::whole)
-        start = random.one_in(4) ? memory.end() - span
-                                 : memory.begin() + stack_alignment +
-                                       random.below(memory.size() - span - stack_alignment + 1);
+    else if (form.kind == memory_kind::whole && !random.one_in(4))
+        start = memory.begin() + stack_alignment + random.below(memory.size() - span - stack_alignment + 1);
     else
-        start = random_start(memory, shape.step, span, random);
+        start = form.kind == memory_kind::whole ? memory.end() - span
+                                                : random_start(memory, shape.step, span, random);
     start = set_base(form, word, shape, start, state, random);
     if (form.kind == memory_kind::whole)
         return;
@@ -171,14 +160,10 @@ std::uint64_t first_offset(const memory_form& form, std::uint64_t units, random_
     const auto room = static_cast<std::int64_t>(units);
     if (random.one_in(2))
         return random.below(4096);
-    switch (form.extension) {
-    case offset_extension::zero:
-        return static_cast<std::uint64_t>(random.between(0, 0xFFFFFFFF - room));
-    case offset_extension::sign:
-        return static_cast<std::uint64_t>(random.between(-0x80000000ll, 0x7FFFFFFFll - room));
-    default:
+    if (form.extension == offset_extension::none)
         return random.next();
-    }
+    const std::int64_t lowest = form.extension == offset_extension::sign ? -0x80000000ll : 0;
+    return static_cast<std::uint64_t>(random.between(lowest, lowest + 0xFFFFFFFF - room));
 }
 
 // Whether each byte is in the arena or on the unreadable pages around it.

@@ -92,7 +92,7 @@ void install_handlers() {
     struct sigaction action = {};
     action.sa_sigaction = on_signal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
-    for (const int signal : {SIGILL, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGALRM})
+    for (const int signal : {SIGILL, SIGSEGV, SIGBUS, SIGFPE, SIGTRAP, SIGABRT, SIGALRM})
         sigaction(signal, &action, nullptr);
 }
 

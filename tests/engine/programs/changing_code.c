@@ -43,32 +43,23 @@ static void write_piece(unsigned number) {
     code[0] = 0x11000000 | piece->add << 10;                         // ADD W0, W0, #add
     code[1] = 0x71000421;                                            // SUBS W1, W1, #1
     code[2] = 0x54000000 | offset_field(start + 2, end_word, 5, 19); // B.EQ
-    code[4] = 0x14000000 | offset_field(start + 4, to[1], 0, 26);    // B
-    switch (piece->kind) {
-    case 0:
-        code[3] = 0x36000000 | piece->bit << 19 | offset_field(start + 3, to[0], 5, 14); // TBZ W0, #bit
-        break;
-    case 1:
-        code[3] = 0x36000000 | piece->bit << 19 | offset_field(start + 3, to[0], 5, 14) | 28; // TBZ W28, #bit
-        break;
-    case 2:
-        code[3] = 0x35000000 | offset_field(start + 3, to[0], 5, 19) | 1; // CBNZ W1, always taken
-        break;
-    case 3:
-        code[3] = 0x54000000 | offset_field(start + 3, to[0], 5, 19); // B.EQ, never taken
-        break;
-    case 4:
-        code[3] = 0xD503201F; // NOP
-        break;
-    case 5: // ADR X2; ADD X2, X2, #0; BR X2
-        code[3] = 0x10000002 | ((uint32_t)(to[0] - start - 3) & 0x7FFFF) << 5;
-        code[4] = 0x91000042;
-        code[5] = 0xD61F0040;
-        break;
-    }
-    if (piece->kind >= 6) // BL
-        code[3] =
-            0x94000000 | offset_field(start + 3, first_function_word + piece->bit * function_words, 0, 26);
+    const uint32_t short_branch = 0x36000000 | piece->bit << 19 | offset_field(start + 3, to[0], 5, 14);
+    const uint32_t branch = offset_field(start + 3, to[0], 5, 19);
+    const uint32_t call =
+        0x94000000 | offset_field(start + 3, first_function_word + piece->bit * function_words, 0, 26);
+    const uint32_t of_kind[branch_kinds] = {
+        short_branch,            // TBZ W0, #bit
+        short_branch | 28,       // TBZ W28, #bit
+        0x35000000 | branch | 1, // CBNZ W1, always taken
+        0x54000000 | branch,     // B.EQ, never taken
+        0xD503201F,              // NOP
+        0x10000002 | branch,     // ADR X2; ADD X2, X2, #0; BR X2
+        call,                    // BL
+        call,
+    };
+    code[3] = of_kind[piece->kind];
+    code[4] = piece->kind == 5 ? 0x91000042 : 0x14000000 | offset_field(start + 4, to[1], 0, 26); // B
+    code[5] = 0xD61F0040;
     publish(code, piece_words * sizeof *code);
 }
 
