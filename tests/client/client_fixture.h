@@ -51,18 +51,17 @@ struct client_test : testing::Test {
 
     cpu_state* state() { return static_cast<cpu_state*>(drmgr_get_tls_field(&context, tls_idx)); }
 
-    // The block of `count` instructions at `code`, as the block event of the thread leaves it.
+    // The block of `count` instructions at `code`, as the block event leaves it.
     struct inserted {
         std::uint32_t word;
         std::uint8_t* translation;
         bool is_app;
     };
-    std::vector<inserted> rewrite(std::uint32_t* code, int count) { return rewrite(code, count, context); }
-    std::vector<inserted> rewrite(std::uint32_t* code, int count, thread_context& thread) {
+    std::vector<inserted> rewrite(std::uint32_t* code, int count) {
         instrlist_t* list = create_instruction_list();
         for (int index = 0; index < count; ++index)
             instrlist_append(list, instruction_from_application(bytes(code + index)));
-        EXPECT_EQ(raise_block_event(&thread, code, list, false, false), DR_EMIT_DEFAULT);
+        EXPECT_EQ(raise_block_event(&context, code, list, false, false), DR_EMIT_DEFAULT);
         std::vector<inserted> result;
         for (instr_t* instruction = list->first; instruction != nullptr; instruction = instruction->next)
             result.push_back({instruction->word, instruction->translation, instruction->is_app});

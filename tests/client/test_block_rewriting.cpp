@@ -77,26 +77,6 @@ TEST_F(block_rewriting, goes_by_the_blocks_own_address) {
     destroy_instruction_list(list);
 }
 
-// Any thread may build a shared block again, to translate a fault: it has to come out the same.
-TEST_F(block_rewriting, of_a_shared_block_depends_on_no_thread) {
-    program_code[0] = sve_add;
-    thread_context other = {};
-    raise_thread_init(&other);
-    const auto equal = [&] {
-        const auto words = [](const std::vector<inserted>& block) {
-            std::vector<std::uint32_t> result;
-            for (const inserted& entry : block)
-                result.push_back(entry.word);
-            return result;
-        };
-        return words(rewrite(program_code, 1)) == words(rewrite(program_code, 1, other));
-    };
-    EXPECT_FALSE(equal()) << "a block of one thread has its state's address in it";
-    failing_call = "dr_using_all_private_caches";
-    EXPECT_TRUE(equal());
-    raise_thread_exit(&other);
-}
-
 // What a framework goes by when it works out where a fault was, and where the block continues. And where a
 // framework limits a block's code, the limit of instructions goes by the size: 118 words around the call, and
 // here at most 21 of the call. See docs/dynamorio.md when it has to change.

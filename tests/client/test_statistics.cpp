@@ -12,19 +12,6 @@
 
 namespace {
 
-// Counts during static initialisation, as emulation by another static constructor would.
-unsigned int early_address;
-struct early_user {
-    early_user() { update_sve_stats(&early_address, 1); }
-};
-[[gnu::init_priority(102)]] early_user user;
-
-bool early_count_survived = false;
-struct early_observer : testing::Environment {
-    void SetUp() override { early_count_survived = icounts.contains(&early_address); }
-};
-testing::Environment* const observer = testing::AddGlobalTestEnvironment(new early_observer);
-
 struct statistics : testing::Test {
     unsigned int code[4] = {};
 
@@ -38,8 +25,6 @@ struct statistics : testing::Test {
         return testing::internal::GetCapturedStderr();
     }
 };
-
-TEST_F(statistics, are_there_before_other_static_objects) { EXPECT_TRUE(early_count_survived); }
 
 TEST_F(statistics, keep_the_first_word_of_an_address) {
     update_sve_stats(&code[2], 0x11);

@@ -176,13 +176,11 @@ TEST_P(Exclusives, RegistersAreRecovered) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Stretches, Exclusives,
-                         testing::Values(
-
-                             stretch{"update_of_x28", update_of_x28, 0},
-                             stretch{"pair_with_status_in_x28", pair_with_status_in_x28, 0},
-                             stretch{"branches_within", branches_within, 0},
-                             stretch{"own_addresses", own_addresses, 0},
-                             stretch{"literals_between", literals_between, 2}),
+                         testing::Values(stretch{"update_of_x28", update_of_x28, 0},
+                                         stretch{"pair_with_status_in_x28", pair_with_status_in_x28, 0},
+                                         stretch{"branches_within", branches_within, 0},
+                                         stretch{"own_addresses", own_addresses, 0},
+                                         stretch{"literals_between", literals_between, 2}),
                          [](const testing::TestParamInfo<stretch>& info) {
                              return std::string(info.param.name);
                          });
