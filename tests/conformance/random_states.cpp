@@ -2,6 +2,7 @@
 
 #include "tests/conformance/native_execution.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -178,28 +179,15 @@ void set_vectors(cpu_state& state, std::uint32_t word, element_hint hint, random
                                    field(word, 18, 16)};
     for (const std::uint32_t number : named) {
         std::uint8_t* const row = state.z[number % 32];
-        switch (random.below(8)) {
-        case 0: // all bits random
-            break;
-        case 1: // another size of element, another kind
-            fill_register(
-                row,
-                make_pool(8 << random.below(4), hint.floating ? !random.one_in(4) : random.one_in(4), random),
-                false, random);
-            break;
-        case 2:
-            fill_register(row, main_pool, true, random);
-            break;
-        case 3: { // one value throughout
-            value_pool same = main_pool;
-            for (std::uint64_t& value : same.values)
-                value = main_pool.values[0];
-            fill_register(row, same, false, random);
-            break;
-        }
-        default:
-            fill_register(row, main_pool, false, random);
-        }
+        const std::uint64_t choice = random.below(8);
+        if (choice == 0) // all bits random
+            continue;
+        value_pool pool = main_pool;
+        if (choice == 1) // another size of element, another kind
+            pool = make_pool(8 << random.below(4), hint.floating != random.one_in(4), random);
+        if (choice == 2) // one value throughout
+            std::fill(std::begin(pool.values), std::end(pool.values), pool.values[0]);
+        fill_register(row, pool, choice == 3, random);
     }
 }
 

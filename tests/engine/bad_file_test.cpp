@@ -241,6 +241,16 @@ TEST(CommandLine, HelpAndVersion) {
     EXPECT_EQ(version.output.rfind("ostrel ", 0), 0u);
 }
 
+TEST(CommandLine, LogLevel) {
+    for (const std::string level : {"0", "1"}) {
+        const outcome result =
+            run_on_target({OSTREL_PATH, "--log-level", level, program_path("endings"), "exit"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.errors.find("SVE client initializing\n") != std::string::npos, level == "1")
+            << result.errors;
+    }
+}
+
 TEST(CommandLine, ProgramInPath) {
     const std::string path = std::getenv("PATH") ? std::getenv("PATH") : "";
     setenv("PATH", ("/nowhere:" + std::string(ENGINE_PROGRAMS) + ":" + path).c_str(), 1);

@@ -50,16 +50,21 @@ outcome run_on_target(const std::vector<std::string>& words) {
     return result;
 }
 
-outcome run_directly(const std::string& program, const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{program_path(program)};
+namespace {
+
+outcome run_words(std::vector<std::string> words, const std::vector<std::string>& arguments) {
     words.insert(words.end(), arguments.begin(), arguments.end());
     return run_on_target(words);
 }
 
+} // namespace
+
+outcome run_directly(const std::string& program, const std::vector<std::string>& arguments) {
+    return run_words({program_path(program)}, arguments);
+}
+
 outcome run_translated(const std::string& program, const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{OSTREL_PATH, program_path(program)};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return run_on_target(words);
+    return run_words({OSTREL_PATH, program_path(program)}, arguments);
 }
 
 outcome run_followed(const std::vector<std::string>& options, const std::string& path,
@@ -69,8 +74,7 @@ outcome run_followed(const std::vector<std::string>& options, const std::string&
         words.insert(words.end(), {"--launcher", launcher});
     words.insert(words.end(), options.begin(), options.end());
     words.push_back(path);
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return run_on_target(words);
+    return run_words(words, arguments);
 }
 
 std::string program_path(const std::string& name) { return std::string(ENGINE_PROGRAMS) + "/" + name; }

@@ -5,17 +5,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
 #include "dr_api.h"
 #include "framework/loader/module.h"
 #include "framework/loader/script.h"
-#include "framework/runtime/block_builder.h"
-#include "framework/runtime/client_events.h"
-#include "framework/runtime/code_cache.h"
-#include "framework/runtime/dispatcher.h"
 #include "framework/runtime/executable_ranges.h"
 #include "framework/runtime/mangle.h"
 #include "framework/runtime/robust_list.h"
@@ -171,45 +166,6 @@ TEST(Mangling, PageAddressOutOfReachIsALiteral) {
 TEST(Mangling, BranchesOfUnknownExtensionsDoNotRun) {
     EXPECT_EQ(emitted(0xD6FF0000, 0x1000), std::vector<a64::word>{0}); // unallocated branch to register
     EXPECT_EQ(emitted(0x74000000, 0x1000), std::vector<a64::word>{0}); // compare and branch of two registers
-}
-
-// Code of this test run as the application, in a cache that holds a few dozen blocks only.
-thread_context* context;
-std::uint64_t expected_sum;
-
-std::uint64_t work() {
-    char text[64];
-    std::uint64_t sum = 0;
-    for (unsigned n = 0; n < 20; ++n) {
-        std::snprintf(text, sizeof text, "%u %x %.3f", n, n * 7, n / 8.0);
-        for (const char* c = text; *c; ++c)
-            sum = sum * 31 + static_cast<unsigned char>(*c);
-    }
-    return sum;
-}
-
-void application() {
-    const bool right = work() == expected_sum;
-    syscall(SYS_exit_group, right && context->cache->generation > 10 ? 42 : 43);
-}
-
-extern "C" const char __executable_start[], etext[];
-
-void run_in_small_cache() {
-    static char stack[1 << 18] __attribute__((aligned(16)));
-    context = create_thread_context();
-    create_code_cache(context, 0, 16384);
-    add_executable_range(reinterpret_cast<std::uint64_t>(__executable_start),
-                         reinterpret_cast<std::uint64_t>(etext));
-    context->app_tpidr = reinterpret_cast<std::uint64_t>(__builtin_thread_pointer());
-    context->sp = reinterpret_cast<std::uint64_t>(stack + sizeof stack);
-    context->pc = reinterpret_cast<std::uint64_t>(application);
-    run_application(context);
-}
-
-TEST(CodeCache, FullCacheStartsAnew) {
-    expected_sum = work();
-    EXPECT_EXIT(run_in_small_cache(), testing::ExitedWithCode(42), "");
 }
 
 } // namespace
