@@ -7,13 +7,6 @@
 #define SCRATCH 88
 #define ENGINE_SP 160
 
-    .macro function name
-    .globl \name
-    .type \name, %function
-    .balign 4
-\name:
-    .endm
-
     .text
 // void run_code(machine*, thread_context*, const uint32_t* code): loads the machine, with the context in X28 and the
 // code's address in X17, branches to the code, and stores the machine when the code branches to leave_code.

@@ -13,9 +13,7 @@
 
 // void enter_slot(processor_registers* registers, const void* slot)
 // Loads everything but X30 and goes to the slot, which loads X30 from the registers itself, relative to its own address.
-    .globl enter_slot
-    .type enter_slot, %function
-enter_slot:
+function enter_slot
     enter_frame
     mov x2, sp
     mrs x3, tpidr_el0
@@ -37,7 +35,6 @@ enter_slot:
     each_x ldr, x0, ALL_BUT_X0
     ldr x0, [x0]
     br x30
-    .size enter_slot, . - enter_slot
 
 // Where a slot's code goes on, copied to within reach of the slots with its two literals filled in. No register is free at
 // this point; the thread pointer is borrowed to hold X30.
@@ -58,9 +55,7 @@ leave_slot_template_end:
 
 // With the registers' address in X30, X30 in the thread pointer and X29 stored: stores the rest and returns to the caller
 // of enter_slot.
-    .globl leave_slot
-    .type leave_slot, %function
-leave_slot:
+function leave_slot
     each_x str, x30, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28
     mov x0, x30
     mrs x1, tpidr_el0
@@ -83,6 +78,5 @@ leave_slot:
     mov sp, x2
     leave_frame
     ret
-    .size leave_slot, . - leave_slot
 
     .section .note.GNU-stack, "", %progbits

@@ -79,6 +79,13 @@ outcome run_followed(const std::vector<std::string>& options, const std::string&
 
 std::string program_path(const std::string& name) { return std::string(ENGINE_PROGRAMS) + "/" + name; }
 
+unsigned occurrences(const std::string& text, const std::string& part) {
+    unsigned count = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at)
+        ++count;
+    return count;
+}
+
 std::string without_client_lines(const std::string& errors) {
     std::istringstream lines(errors);
     std::string result;

@@ -26,5 +26,8 @@ outcome run_followed(const std::vector<std::string>& options, const std::string&
 // The path of a program of the test suite.
 std::string program_path(const std::string& name);
 
+// How often the part stands in the text.
+unsigned occurrences(const std::string& text, const std::string& part);
+
 // The text without the client's own lines: its report, and its remark on a fault that it passes on.
 std::string without_client_lines(const std::string& errors);

@@ -9,13 +9,7 @@
 
 namespace {
 
-unsigned reports(const std::string& errors) {
-    unsigned count = 0;
-    for (std::size_t at = 0; (at = errors.find(" SVE instructions executed\n", at)) != std::string::npos;
-         ++at)
-        ++count;
-    return count;
-}
+unsigned reports(const std::string& errors) { return occurrences(errors, " SVE instructions executed\n"); }
 
 std::string script(const std::string& name, const std::string& content) {
     const std::string path = testing::TempDir() + "ostrel_" + std::to_string(getpid()) + "_" + name;

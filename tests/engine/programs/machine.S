@@ -4,12 +4,6 @@
     .arch armv8.5-a
     .text
 
-    .macro function name
-    .globl \name
-    .p2align 2
-\name:
-    .endm
-
 // void NAME(struct machine* machine): SP is left alone, and X28 is a register like any other.
     .macro observe name
 function \name

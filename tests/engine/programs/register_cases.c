@@ -24,9 +24,9 @@ extern uint8_t buffer[4096];
 void observe_call(struct machine*);
 
 static int has_feature(uint64_t feature) {
-    static const struct { int vector, bit; } places[] = {FEATURES};
+    static const int bits[] = {-1, 27, 7, 30, 31, 18, 15, 26, 8, 13}; // of AT_HWCAP, or AT_HWCAP2 for tags
     return feature == feature_base ||
-           getauxval(places[feature].vector == 1 ? AT_HWCAP : AT_HWCAP2) >> places[feature].bit & 1;
+           getauxval(feature == feature_mte ? AT_HWCAP2 : AT_HWCAP) >> bits[feature] & 1;
 }
 
 static void fill(void* memory, size_t size, uint64_t seed) {

@@ -19,9 +19,8 @@
 // uint64_t fault_with_registers(void* address, uint64_t* results): faults three times with X2 to X29 full of
 // their numbers and flags 9; the handler adds to X28, X14, X15 and V9, changes the flags, and goes on behind
 // the instruction. Stores what the last one leaves in X28, X14, X15, flags and V9.
-    .globl fault_with_registers, faulting_instruction, undefined_instruction, trapping_instruction
-    .type fault_with_registers, %function
-fault_with_registers:
+    .globl faulting_instruction, undefined_instruction, trapping_instruction
+function fault_with_registers
     enter_frame 192
     stp x0, x1, [sp, #160]
     fill_registers
@@ -42,13 +41,10 @@ faulting_instruction:
     str d9, [x1, #32]
     leave_frame 192
     ret
-    .size fault_with_registers, . - fault_with_registers
 
 // uint64_t busy_round(uint64_t seed, uint64_t rounds): a loop of instructions and transfers of all the kinds
 // that a translator rewrites, on registers that it may want for itself. The result depends on each of them.
-    .globl busy_round
-    .type busy_round, %function
-busy_round:
+function busy_round
     enter_frame 192
     mov x27, x0
     mov x26, x1
@@ -122,7 +118,6 @@ busy_round:
     .align 3
 constant:
     .quad 0x5851F42D4C957F2D
-    .size busy_round, . - busy_round
     .ltorg
 
     .data

@@ -22,9 +22,7 @@
 
 // spin(from, to, count, limit): loads the state, runs SVE instructions that change nothing until *count is
 // limit, and stores the state.
-    .globl spin, fault, clobber
-    .type spin, %function
-spin:
+function spin
     enter_frame
     load_all x0
 1:  ldr w4, [x2]
@@ -36,11 +34,9 @@ spin:
     store_all x1
     leave_frame
     ret
-    .size spin, . - spin
 
 // fault(from, to): with a load from address 8 in between.
-    .type fault, %function
-fault:
+function fault
     enter_frame
     load_all x0
     mov x4, #8
@@ -48,11 +44,9 @@ fault:
     store_all x1
     leave_frame
     ret
-    .size fault, . - fault
 
 // Another state in every register.
-    .type clobber, %function
-clobber:
+function clobber
     enter_frame
     .irp n, ALL_VECTORS
     dup z\n\().b, #\n
@@ -64,6 +58,5 @@ clobber:
     .endr
     leave_frame
     ret
-    .size clobber, . - clobber
 
     .section .note.GNU-stack, "", %progbits

@@ -1,12 +1,7 @@
 // Calls that are executed so often that they are translated together with what calls them.
-    .text
+#include "tests/tools/registers.inc"
 
-    .macro function name
-    .globl \name
-    .type \name, %function
-    .balign 4
-\name:
-    .endm
+    .text
 
 // uint64_t count_up(uint64_t n): X28 and X27 count together, so that a handler which finds the thread in
 // between can tell from its address how far they are apart. Returns their sum.
