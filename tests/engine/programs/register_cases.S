@@ -5,10 +5,15 @@
 #define number 0x123456789abcdef0
 
 // Each case is a function that executes its instructions and returns; its record holds the function, the start
-// value, the feature and the text.
-#define CASE(needs, start, ...)                                                                                \
-    .text; 9991: __VA_ARGS__; ret; .section .rodata.text, "a"; 9992: .asciz #__VA_ARGS__;                      \
+// value, the feature and the text. And once more among others that name X so often that a translator may hold it in
+// another register for all of them.
+#define RECORD(needs, start, shown, more, ...)                                                                 \
+    .text; 9991: __VA_ARGS__; ret; .section .rodata.text, "a"; 9992: .ascii shown; .asciz more;                \
     .section .rodata.cases, "a"; .quad 9991b, start, feature_##needs, 9992b;
+#define OTHERS add x20, x20, X; eor x21, x21, X, ror #3; add x22, x22, X, lsl #1; sub x23, X, x23
+#define CASE(needs, start, ...)                                                                                \
+    RECORD(needs, start, #__VA_ARGS__, "", __VA_ARGS__)                                                        \
+    RECORD(needs, start, #__VA_ARGS__, " among others", OTHERS; __VA_ARGS__; OTHERS)
 
 // A case for each place of X: of one or more sources, in a load or store, with writeback, with an index, and so on.
 #define UNARY(needs, op, ...) CASE(needs, number, op X, x3, ##__VA_ARGS__) CASE(needs, number, op x4, X, ##__VA_ARGS__) \
