@@ -54,9 +54,12 @@ INSTANTIATE_TEST_SUITE_P(Programs, SameAsDirectly,
                                          "environment-dynamic a _ -x --"),
                          name_of);
 
+INSTANTIATE_TEST_SUITE_P(RandomCode, SameAsDirectly, testing::Values("random_code 60"), name_of);
+
 INSTANTIATE_TEST_SUITE_P(Traces, SameAsDirectly, testing::Values("traces"), name_of);
 
-INSTANTIATE_TEST_SUITE_P(BranchProtection, SameAsDirectly, testing::Values("exceptions-protected"), name_of);
+INSTANTIATE_TEST_SUITE_P(Protection, SameAsDirectly,
+                         testing::Values("exceptions-protected", "exceptions-sanitized"), name_of);
 
 INSTANTIATE_TEST_SUITE_P(Threads, SameAsDirectly,
                          testing::ValuesIn(each("threads", "work fork return cancel exit-elsewhere "

@@ -41,7 +41,8 @@ done
 for way in null call-null call-data misaligned overflow trap undefined abort; do
     both /t/endings $way
 done
-for program in traces register_cases machine exceptions environment environment-dynamic "changing_code rewrite 300"; do
+for program in traces register_cases machine exceptions environment environment-dynamic "changing_code rewrite 300" \
+    "random_code 200" exceptions-sanitized; do
     both /t/$program
 done
 both /t/environment process
