@@ -13,6 +13,7 @@
 #include "framework/ir/services.h"
 #include "framework/loader/program_image.h"
 #include "framework/runtime/announced_sve.h"
+#include "framework/runtime/code_cache.h"
 #include "framework/runtime/exec_calls.h"
 #include "framework/runtime/process_end.h"
 #include "framework/runtime/report_file.h"
@@ -75,6 +76,15 @@ void set_log_level(parse_state&, const char* value) {
     client_log_level = *level;
 }
 
+void set_code_cache(parse_state&, const char* value) {
+    constexpr unsigned least = 256, most = code_cache_bytes >> 10;
+    const std::optional<unsigned> kilobytes = number_of(value);
+    if (!kilobytes || *kilobytes < least || *kilobytes > most)
+        refuse_value("--code-cache", "a number from 256 to 65536", value);
+    static_assert(least == 256 && most == 65536);
+    code_cache_limit = std::size_t{*kilobytes} << 10;
+}
+
 std::string absolute(const std::string& path) {
     char directory[PATH_MAX];
     return path[0] == '/' || !getcwd(directory, sizeof directory) ? path
@@ -135,6 +145,10 @@ constexpr option options[] = {
      "prctl, ID registers); libraries may then choose code with\n"
      "SVE instructions, which are not carried out there",
      true, announce_sve},
+    {"--code-cache", "", "KIB",
+     "memory for the translated code of each thread, after which\n"
+     "it is translated anew; 65536 for the first one and 16384 for\nthe others if not given",
+     true, set_code_cache},
     {"--report", "", "FILE", "append the counts to this file instead of writing them to standard error",
      false, set_report},
     {"--log-level", "", "N", "print the log messages up to this level (0: none)", true, set_log_level},

@@ -103,6 +103,7 @@ void copy_application_state(thread_context* to, const thread_context* from) {
 }
 
 code_cache* create_code_cache(thread_context* context, std::uint64_t near_address, std::size_t bytes) {
+    bytes = std::min(bytes, code_cache_limit);
     std::uint8_t* const memory = map_cache(near_address, bytes);
     if (!memory)
         return nullptr;

@@ -156,13 +156,17 @@ inline constexpr std::uint64_t source_page_bytes = 4096;
 
 inline constexpr std::size_t code_cache_bytes = std::size_t{64} << 20; // plain branches reach all of it
 
+// No cache gets more. At least 256 KiB, which the largest block fits in.
+inline std::size_t code_cache_limit = code_cache_bytes;
+
 // Caches are mapped near the program, as far as there is room: this is its address, set at the start.
 inline std::uint64_t main_cache_place;
 
 // A test-and-branch at the start of a chunk reaches a stub at its end.
 inline constexpr std::size_t chunk_words = 32768 / sizeof(a64::word);
 
-// Reserves a cache near the address if possible, emits the gates, and sets up the context's pointers to them.
+// Reserves a cache of that size, or of the limit, near the address if possible, emits the gates, and sets up
+// the context's pointers to them.
 // Null if there is no memory.
 code_cache* create_code_cache(thread_context* context, std::uint64_t near_address,
                               std::size_t bytes = code_cache_bytes);

@@ -122,6 +122,19 @@ TEST(Options, Environment) {
     EXPECT_NE(result.output.find("environment OSTREL_TEST_C=x\n"), std::string::npos) << result.output;
 }
 
+// How often code is translated shows in the count of instructions.
+TEST(Options, CodeCacheIsFlushedWhenItIsFull) {
+    const auto translated = [](const outcome& result) {
+        return std::atol(result.errors.c_str() + result.errors.find("executed\nrandom_code: ") + 22);
+    };
+    const std::string program = program_path("random_code");
+    const outcome large = run_followed({}, program, {"300", "6"});
+    const outcome small = run_followed({"--code-cache", "256"}, program, {"300", "6"});
+    EXPECT_EQ(small.output, large.output);
+    EXPECT_GT(translated(large), 30000) << large.errors;
+    EXPECT_GT(translated(small), 4 * translated(large)) << small.errors;
+}
+
 TEST(Options, AnnouncedSVE) {
     constexpr char without[] = "capability 0, field 0, features 0, length -1\n"
                                "set 128: -1, set 256: -1, set 64: -1, set 17: -1\n";

@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Programs, SameAsDirectly,
                                          "environment-dynamic a _ -x --"),
                          name_of);
 
-INSTANTIATE_TEST_SUITE_P(RandomCode, SameAsDirectly, testing::Values("random_code 60"), name_of);
+INSTANTIATE_TEST_SUITE_P(RandomCode, SameAsDirectly, testing::Values("random_code 60 300"), name_of);
 
 INSTANTIATE_TEST_SUITE_P(Traces, SameAsDirectly, testing::Values("traces"), name_of);
 

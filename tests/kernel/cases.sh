@@ -42,7 +42,7 @@ for way in null call-null call-data misaligned overflow trap undefined abort; do
     both /t/endings $way
 done
 for program in traces register_cases machine exceptions environment environment-dynamic "changing_code rewrite 300" \
-    "random_code 200" exceptions-sanitized; do
+    "random_code 200 300" exceptions-sanitized; do
     both /t/$program
 done
 both /t/environment process

@@ -99,20 +99,26 @@ static uint64_t run(const uint32_t* code, uint64_t seed) {
 
 static void on_tick(int number) {}
 
-int main(int argc, char** arguments) {
-    const int blocks = argc > 1 ? atoi(arguments[1]) : 200;
+// random_code FUNCTIONS ROUNDS: each round runs every function once.
+int main(int count, char** arguments) {
+    if (count != 3)
+        return 2;
+    enum { most_words = 220 };
+    const unsigned functions = (unsigned)atoi(arguments[1]), rounds = (unsigned)atoi(arguments[2]);
+    uint32_t* const code =
+        mmap(NULL, 4 * most_words * functions, writable | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    for (unsigned function = 0; function < functions; ++function) {
+        state = function + 1;
+        others = function % 2 ? 24 : 6;
+        write_code(code + most_words * function, 20 + pick(most_words - 21));
+    }
     struct sigaction action = {.sa_handler = on_tick};
     sigaction(SIGALRM, &action, NULL);
     setitimer(ITIMER_REAL, &(struct itimerval){{0, 1000}, {0, 1000}}, NULL);
-    uint32_t* const code = map_code(NULL, 0);
     uint64_t sum = 0;
-    for (int block = 0; block < blocks; ++block) {
-        state = (uint64_t)block + 1;
-        others = block % 2 ? 24 : 6;
-        write_code(code, 20 + pick(200));
-        for (uint64_t seed = 0; seed < 300; ++seed)
-            sum = hash(sum + run(code, seed), "", 1);
-    }
+    for (unsigned round = 0; round < rounds; ++round)
+        for (unsigned function = 0; function < functions; ++function)
+            sum = hash(sum + run(code + most_words * function, round), "", 1);
     printf("%016llx\n", (unsigned long long)sum);
     return 0;
 }
