@@ -38,7 +38,7 @@ demo: configure-$(AARCH64)
 
 test: check-format $(TREES:%=test-%)
 
-# Downloads some 220 MB of packages once, and takes half an hour. PROGRAM= is a pattern of the cases' names.
+# Downloads some 220 MB of packages once, and takes a quarter of an hour. PROGRAM= is a pattern of the cases' names.
 test-programs: configure-$(AARCH64)
 	cmake --build --preset $(AARCH64) --target ostrel
 	tests/real_programs/run.sh build/aarch64 all $(if $(PROGRAM),'$(PROGRAM)')
