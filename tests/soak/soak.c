@@ -42,6 +42,20 @@ __attribute__((noinline)) static uint64_t sve_sum(const uint32_t* values, uint64
     return svaddv_u64(svptrue_b64(), total);
 }
 
+// The length of a text, by loads that go on to where memory ends.
+__attribute__((noinline)) static uint64_t sve_length(const uint8_t* text) {
+    const svbool_t all = svptrue_b8();
+    for (uint64_t i = 0;;) {
+        svsetffr();
+        const svuint8_t bytes = svldff1_u8(all, text + i);
+        const svbool_t loaded = svrdffr();
+        const svbool_t end = svcmpeq_n_u8(loaded, bytes, 0);
+        if (svptest_any(loaded, end))
+            return i + svcntp_b8(all, svbrkb_b_z(loaded, end));
+        i += svcntp_b8(all, loaded);
+    }
+}
+
 static void check_sum(uint32_t seed, const char* what) {
     uint32_t values[elements];
     uint64_t expected = 0;
@@ -138,6 +152,10 @@ static void change_mappings(uint32_t round) {
     }
     missing_page = (volatile uint32_t*)(memory + 2 * page);
     mprotect(memory + 2 * page, page, PROT_NONE);
+    const uint32_t length = round % 300;
+    memset(memory + 2 * page - 1 - length, 'x', length);
+    check(sve_length((uint8_t*)memory + 2 * page - 1 - length) == length,
+          "length of a text at the end of memory");
     if (sigsetjmp(back, 1) == 0) {
         *missing_page = 1;
         check(0, "a fault is delivered");
