@@ -64,6 +64,16 @@ bool is_engine(int descriptor) {
            fstat(descriptor, &other) == 0 && own.st_dev == other.st_dev && own.st_ino == other.st_ino;
 }
 
+// A path by which the engine can be executed: its own, or where that leads nowhere, as behind chroot, that of
+// the process's executable. Empty if there is none.
+std::string path_to_engine() {
+    for (const std::string& path :
+         {following.command[following.launcher_words], std::string("/proc/self/exe")})
+        if (access(path.c_str(), X_OK) == 0)
+            return path;
+    return {};
+}
+
 bool can_open(const std::string& path) {
     load_error ignored;
     const std::optional<elf_file> file = open_elf_file(path.c_str(), ignored);
@@ -120,6 +130,9 @@ std::unique_ptr<exec_command> make_command(const exec_request& request) {
     command->path = request.path;
     std::vector<std::string>& words = command->words;
     words = following.command;
+    words[following.launcher_words] = path_to_engine();
+    if (words[following.launcher_words].empty())
+        return nullptr;
     if (chosen == way::engine) {
         words.resize(following.launcher_words);
     } else {

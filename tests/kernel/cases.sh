@@ -46,6 +46,12 @@ for program in traces register_cases machine exceptions environment environment-
     both /t/$program
 done
 both /t/environment process
+# The engine is out of reach by its path.
+mkdir -p /tmp/root/t /tmp/root/proc /tmp/root/tmp
+busybox mount -t proc proc /tmp/root/proc
+cp /t/environment /tmp/root/t
+both /bin/busybox chroot /tmp/root /t/environment process
+grep -q '^environment: ' /tmp/root/tmp/report || echo 'DIFFERENT: the report behind chroot'
 right '0 failed' /t/sve_signals
 right 'before threads
 right 40 of 40
