@@ -1,6 +1,5 @@
 #include "framework/runtime/block_builder.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstring>
 

@@ -16,25 +16,26 @@ struct stretch {
     borrowed_registers borrowed;
 };
 
+// Of other instructions, it is not known what their fields mean.
+bool is_known(const register_uses& uses) { return uses.memory || uses.field[0] || uses.field[1]; }
+
 bool is_simd_data_processing(word instruction) { return (instruction >> 25 & 7) == 7; }
 
 // Instructions that may name registers beside those in their fields do not stand in a stretch, and no access
 // of ours is to come between exclusives.
 bool may_stand_in_stretch(word instruction, const register_uses& uses) {
-    const bool known = uses.memory || uses.field[0] || uses.field[1];
     const bool exclusive = (instruction & 0x3F800000) == 0x08000000;
     const bool system = instruction >> 24 == 0xD5;
     const bool of_64_bytes = (instruction & 0xFFE08C00) == 0xF8208000 && (instruction & 0x7000) != 0 &&
                              (instruction & 0x7000) != 0x4000; // LD64B and its kin; the others are SWP, LDAPR
-    return (known || is_simd_data_processing(instruction)) && !exclusive && !system && !of_64_bytes;
+    return (is_known(uses) || is_simd_data_processing(instruction)) && !exclusive && !system && !of_64_bytes;
 }
 
 // The registers that an instruction may mean, by bit.
 std::uint32_t registers_named(word instruction, const register_uses& uses) {
-    const bool known = uses.memory || uses.field[0] || uses.field[1];
     std::uint32_t named = 0;
     for (unsigned place = 0; place < register_fields; ++place)
-        if (!known || uses.field[place] != no_use)
+        if (!is_known(uses) || uses.field[place] != no_use)
             named |= std::uint32_t{1} << register_at(instruction, place);
     return named;
 }
