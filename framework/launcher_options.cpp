@@ -97,7 +97,13 @@ void set_report(parse_state& state, const char* value) {
     path = absolute(value);
     if (const int failure = set_report_file(path.c_str()))
         die_with_message(status_unsupported, ("--report " + path + ": ").c_str(), std::strerror(failure));
-    state.inherited.insert(state.inherited.end(), {"--report", path});
+    state.inherited.insert(state.inherited.end(), {inherited_report_option, path});
+}
+
+// One that is executed with other rights may not write there: then its report goes to standard error.
+void set_inherited_report(parse_state& state, const char* path) {
+    if (set_report_file(path) == 0)
+        state.inherited.insert(state.inherited.end(), {inherited_report_option, path});
 }
 
 void announce_sve(parse_state&, const char*) { sve_is_announced = true; }
@@ -151,6 +157,7 @@ constexpr option options[] = {
      true, set_code_cache},
     {"--report", "", "FILE", "append the counts to this file instead of writing them to standard error",
      false, set_report},
+    {inherited_report_option, "", "FILE", nullptr, false, set_inherited_report},
     {"--log-level", "", "N", "print the log messages up to this level (0: none)", true, set_log_level},
     {argument_zero_option, "", "TEXT", "PROGRAM is a path that is not looked up, and TEXT its argv[0]", false,
      set_argument_zero},

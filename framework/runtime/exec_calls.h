@@ -16,6 +16,7 @@ inline follow_settings following;
 inline constexpr char argument_zero_option[] = "--argument-zero";
 inline constexpr char executed_path_option[] = "--executed-as";
 inline constexpr char close_descriptor_option[] = "--close-descriptor";
+inline constexpr char inherited_report_option[] = "--inherited-report";
 
 // Frees what the thread's last execve was made of. After a success nobody is left to do so but the parent
 // whose memory a child has shared.

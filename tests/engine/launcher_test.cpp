@@ -68,6 +68,12 @@ TEST(Execute, ReportsGoToAFile) {
     const std::string written{std::istreambuf_iterator<char>(stream), {}};
     EXPECT_EQ(reports(written), 1u) << written;
     std::remove(file.c_str());
+
+    // As a program finds it that may not write there.
+    const outcome kept = run_followed({"--inherited-report", "/no/such/directory/report"},
+                                      program_path("execute"), {"status", "21"});
+    EXPECT_EQ(kept.status, 21);
+    EXPECT_EQ(reports(kept.errors), 1u) << kept.errors;
 }
 
 TEST(Execute, ByDescriptor) {
