@@ -21,6 +21,8 @@ namespace {
 // reach their stubs, and literal loads their literals.
 constexpr unsigned block_instructions_limit = 128;
 
+// From so many instructions on, a look at how often a block names X28 pays at its first translation: long
+// blocks are few, and more often in loops than others.
 constexpr unsigned long_block = 48;
 
 struct block_source {
@@ -207,7 +209,6 @@ void emit_source(code_cache& cache, const block_source& source, block& built, st
     built.instructions = static_cast<std::uint16_t>(source.count);
     cache.instructions.insert(cache.instructions.end(), source.instructions,
                               source.instructions + source.count);
-    // Long blocks are few, and more often in loops than others.
     (source.count >= long_block ? emit_frequent_instructions : emit_instructions)(cache, source.instructions,
                                                                                   source.count, start);
     const a64::kind last = source.instructions[source.count - 1].kind;

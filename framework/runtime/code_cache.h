@@ -166,8 +166,7 @@ inline std::uint64_t main_cache_place;
 inline constexpr std::size_t chunk_words = 32768 / sizeof(a64::word);
 
 // Reserves a cache of that size, or of the limit, near the address if possible, emits the gates, and sets up
-// the context's pointers to them.
-// Null if there is no memory.
+// the context's pointers to them. Null if there is no memory.
 code_cache* create_code_cache(thread_context* context, std::uint64_t near_address,
                               std::size_t bytes = code_cache_bytes);
 
